@@ -1,0 +1,6 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "widgets.h"
+
+#include <QtTest>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>

@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "tests/support/MessageBoxDriver.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QDialog>
+#include <QMessageBox>
+
+#include <algorithm>
+
+namespace tztest {
+
+MessageBoxDriver::MessageBoxDriver(QObject *parent)
+    : QObject(parent)
+{
+    m_timer.setInterval(5);
+    connect(&m_timer, &QTimer::timeout, this, &MessageBoxDriver::look);
+    m_timer.start();
+}
+
+void MessageBoxDriver::expectBox(int standardButton)
+{
+    m_expected.push_back({standardButton, {}});
+}
+
+void MessageBoxDriver::expectDialog(std::function<void(QDialog *)> action)
+{
+    m_expected.push_back({0, std::move(action)});
+}
+
+void MessageBoxDriver::look()
+{
+    m_met.erase(std::remove_if(m_met.begin(), m_met.end(),
+                               [](const QPointer<QWidget> &met) { return !met || !met->isVisible(); }),
+                m_met.end());
+    QWidget *window = QApplication::activeModalWidget();
+    if (!window || !window->isVisible() || std::find(m_met.begin(), m_met.end(), window) != m_met.end())
+        return;
+    m_met.push_back(window);
+    if (auto *box = qobject_cast<QMessageBox *>(window)) {
+        answer(box);
+        return;
+    }
+    auto *dialog = qobject_cast<QDialog *>(window);
+    if (!m_expected.empty() && m_expected.front().action && dialog) {
+        const auto action = m_expected.front().action;
+        m_expected.pop_front();
+        action(dialog); // may show further windows, which the timer meets while this call waits
+        return;
+    }
+    ++m_unexpected;
+    qWarning("unexpected modal window \"%s\"", qPrintable(window->windowTitle()));
+    window->close();
+}
+
+void MessageBoxDriver::answer(QMessageBox *box)
+{
+    m_seen.push_back({box->windowTitle(), box->text(), static_cast<int>(box->icon())});
+    if (!m_expected.empty() && !m_expected.front().action) {
+        const int button = m_expected.front().standardButton;
+        m_expected.pop_front();
+        if (QAbstractButton *pressed = box->button(static_cast<QMessageBox::StandardButton>(button))) {
+            pressed->click();
+            return;
+        }
+    }
+    ++m_unexpected;
+    qWarning("unexpected message box \"%s\": %s", qPrintable(box->windowTitle()), qPrintable(box->text()));
+    box->close();
+    if (box->isVisible())
+        box->done(0);
+}
+
+} // namespace tztest
