@@ -1,0 +1,43 @@
+# SPDX-License-Identifier: GPL-3.0-or-later
+# Sourced by the scripts of this project: installs the Debian packages that are missing, and nothing where all are there.
+
+tz_say() { printf '== %s\n' "$*"; }
+tz_fail() { printf 'error: %s\n' "$*" >&2; exit 1; }
+
+tz_build_packages="g++ cmake ninja-build ccache pkg-config qtbase5-dev libqt5svg5-dev qttools5-dev libfmt-dev libspdlog-dev
+libconcurrentqueue-dev zlib1g-dev libgtest-dev libgmock-dev libbenchmark-dev librsvg2-bin icoutils"
+tz_run_packages="xvfb xauth libqt5svg5 fonts-dejavu-core"
+tz_test_packages="iproute2 xdotool imagemagick procps python3-minimal"
+tz_fuzz_packages="clang libclang-rt-14-dev"
+
+tz_install() {
+    local missing=() package
+    for package in "$@"; do
+        dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'ok installed' || missing+=("$package")
+    done
+    [ ${#missing[@]} -eq 0 ] && return 0
+    local sudo=()
+    if [ "$(id -u)" -ne 0 ]; then
+        command -v sudo >/dev/null || tz_fail "these packages are missing and sudo is not there: ${missing[*]}"
+        sudo=(sudo)
+    fi
+    tz_say "installing ${missing[*]}"
+    "${sudo[@]}" env DEBIAN_FRONTEND=noninteractive apt-get update -qq || tz_fail "apt-get update failed"
+    "${sudo[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" \
+        >/dev/null || tz_fail "could not install ${missing[*]}"
+}
+
+# Configures (once) and builds a preset: tz_build PRESET [TARGET...]
+tz_build() {
+    local preset=$1
+    shift
+    export CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime
+    export CCACHE_COMPILERCHECK=content
+    if [ ! -f "build/$preset/build.ninja" ]; then
+        tz_say "configuring $preset"
+        cmake --preset "$preset" >"build-$preset.log" 2>&1 || { cat "build-$preset.log"; tz_fail "cmake --preset $preset failed"; }
+        rm -f "build-$preset.log"
+    fi
+    tz_say "building $preset"
+    cmake --build --preset "$preset" ${1:+--target "$@"} -- --quiet || tz_fail "the $preset build failed"
+}
