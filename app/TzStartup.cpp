@@ -1,0 +1,138 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/TzStartup.h"
+
+#include "app/TZBenchWindow.h"
+#include "app/TzApplication.h"
+#include "app/TzCrashHook.h"
+#include "app/TzEndLimit.h"
+#include "app/VciBuildInfo.h"
+#include "common/ConfigManager.h"
+#include "common/CrashHandler.h"
+#include "common/Log.h"
+#include "common/Utils.h"
+#include "common/ui/WorkbenchStyle.h"
+#include "vci/TzVciCanDataType.h"
+#include "vci/TzVciDeviceManager.h"
+#include "vci/TzVciDeviceScanner.h"
+#include "vci/TzVciDeviceStore.h"
+#include "vci/TzVciNetwork.h"
+#include "vci/TzVciTypes.h"
+
+#include <QIcon>
+#include <QMessageBox>
+#include <QMetaType>
+#include <QPointer>
+
+#include <cstdlib>
+#include <exception>
+
+namespace TzStartup {
+
+namespace {
+
+QString translated(const char *text)
+{
+    return QCoreApplication::translate("TzStartup", text);
+}
+
+void showFailure(const QString &title, const QString &text)
+{
+    QMessageBox::critical(nullptr, title, text);
+}
+
+/// The ways to an end that nobody asked the user about.
+void watchForEnd(TzApplication &application, TZBenchWindow &window)
+{
+    const QPointer<TZBenchWindow> guarded(&window);
+    QObject::connect(&application, &QCoreApplication::aboutToQuit, &window, [&application, &window] {
+        if (application.hasFailed())
+            return; // the crash hook closes the devices
+        const TzEndLimit limit(Common::CrashHandler::defaultTerminationLimit, [] {
+            Common::logError("The program did not end in time");
+            std::abort();
+        });
+        window.closeWithoutQuestion();
+    });
+    Common::CrashHandler::setTerminationCallback([&application, guarded] {
+        const auto end = [&application, guarded] {
+            if (guarded)
+                guarded->closeWithoutQuestion();
+            application.end();
+        };
+        QMetaObject::invokeMethod(&application, end, Qt::QueuedConnection);
+    });
+}
+
+} // namespace
+
+void installCrashHandling()
+{
+    Common::Utils::registerCrashHandler(tzCrashHook);
+    Common::Utils::setupCrashHandler();
+}
+
+void prepareToolkit()
+{
+    QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling, true);
+    QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps, true);
+    qRegisterMetaType<TzVciCanDataType>("TzVciCanDataType");
+}
+
+void dressApplication(TzApplication &application)
+{
+    Common::applyWorkbenchStyle(application); // first: it makes the icons known
+    application.setWindowIcon(QIcon(QString::fromLatin1(VciBuildInfo::applicationIcon)));
+}
+
+void startLog()
+{
+    const Common::ConfigManager &config = Common::ConfigManager::getInstance();
+    Common::logInit(config.getLogFilePath().toStdString(), config.logLevel, config.logFileSizeMb, config.maxLogFiles);
+    try {
+        Common::logStart(config.logConsoleOnly);
+        Common::logSoftwareInfo(VciBuildInfo::programName, VciBuildInfo::programVersion, VciBuildInfo::creator,
+                                VciBuildInfo::platform);
+    } catch (const std::exception &failure) {
+        showFailure(translated("error"), QString::fromUtf8(failure.what()));
+    }
+}
+
+void startBackgroundLoad()
+{
+    const TzVciNetwork &network = TzVciNetwork::current();
+    if (network.isLoopback())
+        Common::Utils::setLoopbackNetwork(network.prefix);
+    TzVciDeviceScanner::instance().scanAsync(tzVciScanTimeoutMs);
+}
+
+std::unique_ptr<TZBenchWindow> showMainWindow(TzApplication &application)
+{
+    auto window = std::make_unique<TZBenchWindow>(&TzVciDeviceManager::instance(), &TzVciDeviceStore::instance(),
+                                                  &TzVciDeviceScanner::instance());
+    watchForEnd(application, *window);
+    window->showMaximized();
+    return window;
+}
+
+int runGuarded(const std::function<int()> &work)
+{
+    try {
+        return work();
+    } catch (const std::exception &failure) {
+        tzCrashHook();
+        showFailure(translated("异常"), QString::fromUtf8(failure.what()));
+        return -1;
+    } catch (...) {
+        tzCrashHook();
+        showFailure(translated("未知异常"), translated("程序发生了未知异常并即将退出。"));
+        return -2;
+    }
+}
+
+void finish()
+{
+    Common::CrashHandler::setTerminationCallback({});
+    TzVciDeviceScanner::instance().cancel();
+}
+
+} // namespace TzStartup
