@@ -20,8 +20,12 @@ struct TzVciMessage
 {
     /// A CAN frame, or a LIN frame followed by zeroes.
     union Frame {
-        TzVciCanDataType can{};
+        TzVciCanDataType can;
         TzVciLinDataType lin;
+        constexpr Frame() noexcept
+            : can{}
+        {
+        }
     };
 
     std::uint8_t deviceIndex = 0;  ///< 0 to 15
