@@ -45,7 +45,7 @@ public:
     void updateTimestamp() noexcept;
 
 private:
-    using Clock = SteadySleeper::Clock;
+    using Clock = platform::SteadySleeper::Clock;
 
     void run(Clock::time_point started, Clock::duration idle);
     bool isDue(Clock::time_point now, Clock::duration idle) const noexcept;
@@ -57,7 +57,7 @@ private:
     std::mutex m_lifecycleMutex; // start() and stop() one after the other; never taken on the thread itself
     std::atomic<bool> m_running{false};
     std::atomic<Clock::rep> m_lastActivity{0}; // time since the clock's epoch
-    SteadySleeper m_sleeper;
+    platform::SteadySleeper m_sleeper;
     WorkerThread m_thread;
 };
 

@@ -82,15 +82,21 @@ public:
     Statistics statistics() const;
 
 private:
-    using Clock = SteadySleeper::Clock;
+    using Clock = platform::SteadySleeper::Clock;
+    struct SendResult
+    {
+        std::uint64_t frames = 0;
+        std::uint64_t datagrams = 0;
+        std::uint64_t failed = 0;
+    };
 
     std::size_t removeIf(const std::function<bool(std::uint64_t key)> &matches);
     void waitForCallback(std::unique_lock<std::mutex> &lock);
     bool ensureThread();
     void run();
     void sendDueBatch(std::unique_lock<std::mutex> &lock, Clock::time_point now);
-    void sendDatagrams(const PeriodSchedule::Batch &batch, const SendCallback &callback);
-    void reportSkipped(Clock::time_point now);
+    SendResult sendDatagrams(const PeriodSchedule::Batch &batch, const SendCallback &callback);
+    void reportSkipped(std::uint64_t skipped, Clock::time_point now);
     void applyAffinity();
 
     mutable std::mutex m_mutex; // protects the members down to m_statistics; not held during a callback
@@ -109,7 +115,7 @@ private:
 
     std::atomic<bool> m_wantPinned{false};
     std::atomic<bool> m_stopping{false};
-    SteadySleeper m_sleeper;
+    platform::SteadySleeper m_sleeper;
     WorkerThread m_thread;
 };
 

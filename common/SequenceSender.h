@@ -2,13 +2,16 @@
 #pragma once
 
 #include "common/SendFrame.h"
+#include "common/WorkerThread.h"
 
-#include <cstdint>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <vector>
 
 namespace Common {
+
+class SequenceRun;
 
 /// Sends a list of frames in its order, a number of times or in a loop, one datagram a frame.
 ///
@@ -34,7 +37,7 @@ public:
         InvalidFrame = -1,   ///< no frame at all, or one without bytes; updateData(): not running, or an unknown key
         NoCallback = -2,     ///< setSendCallback() has not been called
         ThreadFailed = -3,   ///< the system has no thread left
-        AlreadyRunning = -4, ///< the last run goes on, or its completion callback does not return before this call
+        AlreadyRunning = -4, ///< the last run goes on, or the call comes from a callback of it
     };
 
     SequenceSender();
@@ -63,10 +66,17 @@ public:
     int updateData(unsigned long long key, const std::vector<char> &bytes);
 
 private:
-    class Run;
-    struct Owner;
+    std::shared_ptr<SequenceRun> run() const;
 
-    std::unique_ptr<Owner> m_owner;
+    mutable std::mutex m_mutex; // protects the members down to m_run; not held during a callback
+    SendCallback m_sendCallback;
+    std::function<void(int)> m_completionCallback;
+    bool m_cyclic = false;
+    unsigned long long m_times = 1;
+    unsigned int m_interval = 0;
+    std::shared_ptr<SequenceRun> m_run; // null before the first start(); shared with its thread
+    std::mutex m_lifecycleMutex;        // start() and stop() one after the other; never taken on the thread itself
+    WorkerThread m_thread;
 };
 
 } // namespace Common

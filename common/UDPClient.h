@@ -12,6 +12,8 @@
 
 namespace Common {
 
+class UDPClientSession;
+
 /// A UDP socket with a receive thread and a bounded pool of buffers, as the discovery of devices needs it.
 ///
 /// When all buffers are in use or waiting, further datagrams are dropped, with a warning that counts them. A datagram
@@ -67,12 +69,10 @@ public:
     bool receive(DataBufferPtr &buffer);
 
 private:
-    class Session;
+    std::shared_ptr<UDPClientSession> session() const;
 
-    std::shared_ptr<Session> session() const;
-
-    mutable std::mutex m_mutex;         // protects m_session
-    std::shared_ptr<Session> m_session; // null while not running
+    mutable std::mutex m_mutex;                  // protects m_session
+    std::shared_ptr<UDPClientSession> m_session; // null while not running
 };
 
 } // namespace Common

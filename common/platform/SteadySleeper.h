@@ -5,7 +5,7 @@
 #include <chrono>
 #include <cstdint>
 
-namespace Common {
+namespace Common::platform {
 
 /// Sleep to an absolute time of the steady clock, which another thread can end early.
 ///
@@ -32,4 +32,4 @@ private:
     std::atomic<std::uint32_t> m_wakeUps{0}; // the word that the kernel waits on
 };
 
-} // namespace Common
+} // namespace Common::platform

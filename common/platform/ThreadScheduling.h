@@ -1,10 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-namespace Common {
-
 /// What a timing thread may ask of the system for itself. All calls concern the calling thread.
-namespace ThreadScheduling {
+namespace Common::platform::ThreadScheduling {
 
 /// Asks for real-time priority, low among the real-time priorities so that the system's own threads stay above.
 /// @return false where the system does not grant it; the thread goes on as it was
@@ -22,5 +20,4 @@ int pinToProcessor() noexcept;
 /// Takes the binding back: the thread may run wherever the process's main thread may.
 void unpin() noexcept;
 
-} // namespace ThreadScheduling
-} // namespace Common
+} // namespace Common::platform::ThreadScheduling
