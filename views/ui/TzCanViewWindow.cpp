@@ -1,0 +1,9 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "views/ui/TzCanViewWindow.h"
+
+#include "views/TzCanViewModel.h"
+
+TzCanViewWindow::TzCanViewWindow(TzVciDeviceManager *deviceManager, TzVciDeviceStore *deviceStore, QWidget *parent)
+    : TzRawViewWindow(deviceManager, deviceStore, new TzCanViewModel(deviceManager), columnWidths, parent)
+{
+}

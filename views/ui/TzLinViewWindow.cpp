@@ -1,0 +1,9 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "views/ui/TzLinViewWindow.h"
+
+#include "views/TzLinViewModel.h"
+
+TzLinViewWindow::TzLinViewWindow(TzVciDeviceManager *deviceManager, TzVciDeviceStore *deviceStore, QWidget *parent)
+    : TzRawViewWindow(deviceManager, deviceStore, new TzLinViewModel(deviceManager), columnWidths, parent)
+{
+}

@@ -1,0 +1,206 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "views/ui/TzRawViewWindow.h"
+
+#include "ui_TzRawViewWindow.h"
+
+#include "vci/ui/TzVciChannelSelectDialog.h"
+#include "views/TzRawViewModel.h"
+#include "views/ui/TzVciViewFilterWidget.h"
+
+#include <QHeaderView>
+#include <QMenu>
+#include <QMessageBox>
+#include <QPointer>
+#include <QScrollBar>
+
+namespace {
+
+constexpr int tableFontSize = 9; // points
+constexpr int minimumSectionSize = 12;
+// The name, which only a database knows, and in a LIN view the direction, which the colour and the frame type tell.
+constexpr int hiddenColumn = 5;
+
+QIcon resourceIcon(const char *name)
+{
+    return QIcon(QStringLiteral(":/resource/%1.png").arg(QLatin1String(name)));
+}
+
+QIcon pauseIcon(bool paused)
+{
+    return resourceIcon(paused ? "resume" : "pause");
+}
+
+} // namespace
+
+TzRawViewWindow::TzRawViewWindow(TzVciDeviceManager *deviceManager, TzVciDeviceStore *deviceStore,
+                                 TzRawViewModel *model, std::span<const ColumnWidth> columnWidths, QWidget *parent)
+    : TzVciBaseViewWindow(deviceManager, model->family().viewKind, parent)
+    , m_deviceStore(deviceStore)
+    , m_ui(std::make_unique<Ui::TzRawViewWindow>())
+    , m_model(model)
+    , m_filterWidget(new TzVciViewFilterWidget(viewKind(), this))
+{
+    m_model->setParent(this);
+    m_ui->setupUi(this);
+    setUpTable(columnWidths);
+    setUpFilter();
+    reservePauseButtonWidth();
+    m_ui->lableStatus->setText(intake().statusText());
+
+    connect(this, &TzVciBaseViewWindow::sigResetUi, m_model, &TzRawViewModel::onClear);
+    connect(this, &TzVciBaseViewWindow::sigUpdateVisibleRow, m_model, &TzRawViewModel::onUpdateVisibleRow);
+    connect(this, &TzVciBaseViewWindow::sigPausedChanged, this, &TzRawViewWindow::showPaused);
+    setTimersStopped(false);
+}
+
+TzRawViewWindow::~TzRawViewWindow() = default;
+
+void TzRawViewWindow::setUpTable(std::span<const ColumnWidth> columnWidths)
+{
+    QTableView *table = m_ui->tableView;
+    table->setModel(m_model);
+    QFont font = table->font();
+    font.setPointSize(tableFontSize);
+    table->setFont(font);
+
+    QHeaderView *rows = table->verticalHeader();
+    rows->setMinimumSectionSize(minimumSectionSize);
+    rows->setDefaultSectionSize(rowHeight);
+    rows->setSectionResizeMode(QHeaderView::Fixed);
+    rows->hide(); // the first column counts the rows
+
+    QHeaderView *columns = table->horizontalHeader();
+    columns->setStretchLastSection(true);
+    columns->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+    for (const ColumnWidth &width : columnWidths)
+        table->setColumnWidth(width.column, width.pixels);
+    table->setColumnHidden(hiddenColumn, true);
+
+    table->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(table, &QWidget::customContextMenuRequested, this, &TzRawViewWindow::onShowContextMenu);
+    watchVisibleRows(table);
+}
+
+void TzRawViewWindow::setUpFilter()
+{
+    m_filterWidget->setupUi(m_ui->widgetFilter);
+    m_model->setFilter(m_filterWidget->filter());
+    connect(m_filterWidget, &TzVciViewFilterWidget::filterUpdated, m_model, &TzRawViewModel::onFilter);
+}
+
+// The tool row must not jump when the button's text changes.
+void TzRawViewWindow::reservePauseButtonWidth()
+{
+    QToolButton *button = m_ui->buttonPause;
+    const QString text = button->text();
+    button->setText(tr("Resume"));
+    const int resumeWidth = button->sizeHint().width();
+    button->setText(text);
+    button->setMinimumWidth(std::max(resumeWidth, button->sizeHint().width()));
+}
+
+void TzRawViewWindow::onReceivedMessages(const std::vector<TzVciMessage> &messages)
+{
+    // Whatever takes this view's traffic takes it here: after the choice of channels, before the filter of the display.
+    const std::span<const TzVciMessage> entered = accept(messages);
+    m_model->addMessages(entered);
+}
+
+void TzRawViewWindow::onUpdateData()
+{
+    if (!isPaused())
+        m_model->updateData();
+}
+
+void TzRawViewWindow::onUpdateUi()
+{
+    if (isPaused())
+        return;
+    updateVisibleRows();
+    m_model->refreshVisibleRows();
+    m_ui->lableStatus->setText(intake().statusText());
+    if (isAtBottom())
+        m_ui->tableView->scrollToBottom();
+}
+
+void TzRawViewWindow::onShowContextMenu(QPoint pos)
+{
+    auto *menu = new QMenu(this);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    addActions(menu);
+    menu->popup(m_ui->tableView->viewport()->mapToGlobal(pos));
+}
+
+void TzRawViewWindow::addActions(QMenu *menu)
+{
+    const auto add = [this, menu](const QString &text, const QIcon &icon, QToolButton *button, auto slot) {
+        QAction *action = menu->addAction(icon, text, this, slot);
+        action->setEnabled(button->isEnabled());
+    };
+    // Copies and snapshots of what is shown are not offered yet.
+    for (const QString &text : {tr("Copy Data"), tr("Copy Row"), tr("Copy Selected")})
+        menu->addAction(resourceIcon("copy"), text)->setEnabled(false);
+    menu->addSeparator();
+    add(tr("Filter"), resourceIcon("filter"), m_ui->buttonFilter, &TzRawViewWindow::on_buttonFilter_clicked);
+    add(tr("Clear"), resourceIcon("clear"), m_ui->buttonClear, &TzRawViewWindow::on_buttonClear_clicked);
+    add(isPaused() ? tr("Resume") : tr("Pause "), pauseIcon(isPaused()), m_ui->buttonPause,
+        &TzRawViewWindow::on_buttonPause_clicked);
+    menu->addAction(resourceIcon("save"), tr("Save"))->setEnabled(m_ui->buttonSave->isEnabled());
+    add(tr("Devices&&Channels Filter"), resourceIcon("select"), m_ui->buttonDevices,
+        &TzRawViewWindow::on_buttonDevices_clicked);
+}
+
+void TzRawViewWindow::on_buttonDevices_clicked()
+{
+    setPaused(true);
+    // The view may be closed while the dialog is up, as the program may be ended from outside; its children go with it.
+    const QPointer<TzRawViewWindow> self(this);
+    const QPointer<TzVciChannelSelectDialog> dialog(
+        new TzVciChannelSelectDialog(m_deviceStore, viewKind(), false, &intake().devices(), this));
+    connect(dialog, &TzVciChannelSelectDialog::sigUpdateFilters, this, &TzVciBaseViewWindow::onUpdateFilters);
+    dialog->exec();
+    delete dialog;
+    if (self)
+        setPaused(false);
+}
+
+void TzRawViewWindow::on_checkBoxFold_stateChanged(int state)
+{
+    m_model->setFold(state == Qt::Checked);
+}
+
+void TzRawViewWindow::on_buttonPause_clicked()
+{
+    setPaused(!isPaused());
+}
+
+void TzRawViewWindow::showPaused(bool paused)
+{
+    m_ui->buttonPause->setText(paused ? tr("Resume") : tr("Pause"));
+    m_ui->buttonPause->setIcon(pauseIcon(paused));
+}
+
+void TzRawViewWindow::on_buttonClear_clicked()
+{
+    if (m_model->allMessages().empty() || confirmClear())
+        onClearViewWindow(viewKind());
+}
+
+// False also where the view was closed under the question: nothing of it may be touched then.
+bool TzRawViewWindow::confirmClear()
+{
+    const QPointer<QMessageBox> box(new QMessageBox(QMessageBox::Question, tr("Tips"),
+                                                    tr("Do you want to clear all data?"),
+                                                    QMessageBox::Yes | QMessageBox::No, this));
+    const int answer = box->exec();
+    const bool alive = !box.isNull();
+    delete box;
+    return alive && answer == QMessageBox::Yes;
+}
+
+void TzRawViewWindow::on_buttonFilter_clicked()
+{
+    const bool show = m_ui->widgetFilter->isHidden();
+    m_ui->widgetFilter->setVisible(show);
+    m_filterWidget->setEnabled(show);
+}
