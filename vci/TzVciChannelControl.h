@@ -15,7 +15,6 @@ class TzVciCommunication;
 class TzVciDeviceStore;
 class TzVciRequestExchange;
 struct TzVciCanChannelConfig;
-struct TzVciChannelConfig;
 struct TzVciLinChannelConfig;
 
 /// Opens and closes the channels of one device: the sequence of requests, the open flags in the store, the datagrams
@@ -55,10 +54,13 @@ private:
 
     std::vector<std::uint32_t> channelList(int deviceIndex, std::uint8_t protocol, int channelIndex) const;
     int openOne(const Channel &channel);
+    int openCan(const Channel &channel, const TzVciCanChannelConfig &config);
+    int openLin(const Channel &channel, const TzVciLinChannelConfig &config);
     int sendOpen(const Channel &channel, const TzVciProtocolData &request);
     int configureFd(const Channel &channel, const TzVciCanChannelConfig &config);
     int closeOne(const Channel &channel);
     void forceClosed(const Channel &channel);
+    void markClosed(const Channel &channel);
     bool isRefused(const TzVciProtocolData &request);
 
     const Parts m_parts;

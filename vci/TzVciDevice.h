@@ -79,13 +79,15 @@ public:
 private:
     void handleRecords(const std::vector<TzVciProtocolData> &records); // receive thread
     void handleLinkLoss();                                             // receive thread
+    void closeAfterLinkLoss();
     void notifyStatus(std::uint8_t cmd);
     TzVciCommunication::ConnectConfig connectConfig(int deviceIndex) const;
 
     TzVciDeviceStore *const m_store;
     const TzVciNetwork m_network;
-    const int m_ownIndex; // as constructed, for what happens after close()
-    std::atomic<int> m_deviceIndex;
+    const int m_ownIndex;           // as constructed, for what happens after close()
+    std::atomic<int> m_deviceIndex; // -1 once it is closed
+    std::atomic<bool> m_isOpen{false};
     std::mutex m_deviceMutex; // one open() or close() at a time
     TzVciSubscriberTable<int, std::uint8_t> m_statusSubscribers;
     TzVciSubscriberTable<const std::vector<TzVciMessage> &> m_canSubscribers;

@@ -14,6 +14,7 @@
 #include <shared_mutex>
 #include <string>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 class TzVciDeviceStore;
@@ -72,7 +73,6 @@ private:
 
     int resolve(int deviceIndex) const;
     void subscribeDefaults(TzVciDevice &device);
-    void registerTime(TzVciDevice &device, int deviceIndex);
     int closeInParallel(const DeviceMap &devices);
     std::vector<std::pair<int, std::shared_ptr<TzVciDevice>>> openDevices() const;
 

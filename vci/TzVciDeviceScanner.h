@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "common/WorkerThread.h"
 #include "vci/TzVciNetwork.h"
 
 #include <QObject>
@@ -8,7 +9,6 @@
 #include <atomic>
 #include <condition_variable>
 #include <mutex>
-#include <thread>
 
 class TzVciDeviceStore;
 
@@ -44,15 +44,15 @@ private:
     bool begin();
     bool runScan(int timeoutMs);
     void scanInterfaces(int timeoutMs);
-    void waitFor(int timeoutMs);
+    void waitUntilCancelled(int timeoutMs);
+    void requestCancel();
 
     TzVciDeviceStore *const m_store;
     const TzVciNetwork m_network;
     std::atomic<bool> m_foundAny{false};
     std::atomic<bool> m_scanning{false};
-    std::mutex m_threadMutex; // protects m_thread; never taken by the scan thread
-    std::thread m_thread;
     std::mutex m_cancelMutex; // protects m_cancelled
     std::condition_variable m_cancelCondition;
     bool m_cancelled = false;
+    Common::WorkerThread m_thread; // last: ends before the members that it uses
 };

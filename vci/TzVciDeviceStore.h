@@ -5,6 +5,7 @@
 #include "vci/TzVciDeviceConfig.h"
 #include "vci/TzVciNetwork.h"
 
+#include <QJsonObject>
 #include <QObject>
 #include <QString>
 
@@ -82,7 +83,9 @@ private:
     {
         TzVciDeviceConfig config;
         TzVciDeviceConfig initial; // as it was added, to tell whether somebody edited it since
-        bool isShown = false;      // a loadConfig() has run since it was added
+        bool isShown = false;      // loadConfig() has run since it was added
+
+        bool isUntouched() const;
     };
 
     const Entry *findEntry(int deviceIndex) const;
@@ -90,6 +93,7 @@ private:
     const TzVciChannelConfig *findChannel(int deviceIndex, std::uint8_t protocol, int channelIndex) const;
     template <typename Condition> bool anyEntry(int deviceIndex, Condition condition) const;
     int knownOrLowestIndex(int deviceIndex) const;
+    std::map<int, QJsonObject> takeElementsNeverShown();
 
     const TzVciNetwork m_network;
     const TzVciConfigFile m_file;

@@ -2,13 +2,13 @@
 #pragma once
 
 #include "common/UDPClient.h"
+#include "common/WorkerThread.h"
 #include "vci/TzVciNetwork.h"
 
 #include <atomic>
 #include <cstdint>
 #include <span>
 #include <string>
-#include <thread>
 
 class TzVciDeviceStore;
 
@@ -43,5 +43,5 @@ private:
     std::atomic<bool> *const m_foundAny;
     Common::UDPClient m_client;
     std::atomic<bool> m_stopped{true};
-    std::thread m_thread;
+    Common::WorkerThread m_thread;
 };

@@ -34,7 +34,7 @@ private:
         Clock::time_point moment; // when the device told it
     };
 
-    void setReference();
+    void setReference(Clock::time_point moment);
     void place(int deviceIndex, const Base &base);
 
     Common::UnifiedTimeManager &m_manager;
