@@ -39,8 +39,9 @@ private:
     std::string m_pending;
     std::size_t m_dropped = 0; // bytes since the last warning
     bool m_stopped = false;
-    std::ofstream m_file; // the writer's alone while it runs
-    std::thread m_writer; // last: it uses all above
+    std::mutex m_joinMutex; // one stop() at a time joins
+    std::ofstream m_file;   // the writer's alone while it runs
+    std::thread m_writer;   // last: it uses all above
 };
 
 } // namespace Common

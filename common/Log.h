@@ -25,6 +25,8 @@ inline constexpr int none = 4; ///< a setting only: nothing is logged
 namespace detail {
 extern std::atomic<int> lowestLoggedLevel; // 4 and above: no line is taken at all
 void writeDebugHex(std::string &&label, const void *data, std::size_t size);
+/// Absolute path of the file last started, null when there was none. Takes no lock; for the crash report.
+const char *crashReportPath() noexcept;
 } // namespace detail
 
 /// Stores the settings that the next logStart() takes; touches no file and throws nothing for a setting.

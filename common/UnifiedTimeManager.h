@@ -7,6 +7,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <mutex>
 #include <string>
 
 namespace Common {
@@ -68,6 +69,7 @@ private:
     std::int64_t deltaTicks(int deviceIndex, std::uint64_t timestamp);
     std::string clockText(std::int64_t ticks, bool withDate) const;
 
+    std::mutex m_registerMutex; // one registerDevice() at a time; readers do not take it
     std::array<Device, maxDevices> m_devices;
     std::atomic<std::int64_t> m_referenceTicks{0}; // system clock, 0.1 microsecond since its epoch
     std::atomic<double> m_scaleFactor{defaultScaleFactor};

@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "common/ConfigManager.h"
+
+#include "common/Log.h"
+#include "common/Utils.h"
+
+#include <QSettings>
+
+namespace Common {
+
+namespace {
+
+constexpr int maxByte = 255;
+
+const QString instanceFile = QStringLiteral("config/tzbench.ini");
+const QString defaultDirectory = QStringLiteral("logs");
+const QString logFileSuffix = QStringLiteral(".log");
+const QString logFileName = QStringLiteral("/TZBench.log");
+
+const QString consoleOnlyKey = QStringLiteral("log/consoleOnly");
+const QString levelKey = QStringLiteral("log/level");
+const QString fileSizeKey = QStringLiteral("log/fileSizeMb");
+const QString maxFilesKey = QStringLiteral("log/maxFiles");
+const QString directoryKey = QStringLiteral("log/directory");
+
+// A value that is no number or outside the range leaves the field as it is.
+void readByte(const QSettings &settings, const QString &key, int lowest, int highest, std::uint8_t &field)
+{
+    bool isNumber = false;
+    const int value = settings.value(key).toInt(&isNumber);
+    if (isNumber && value >= lowest && value <= highest)
+        field = static_cast<std::uint8_t>(value);
+    else if (settings.contains(key))
+        logWarning("Invalid setting {}: {}", key.toStdString(), settings.value(key).toString().toStdString());
+}
+
+} // namespace
+
+ConfigManager &ConfigManager::getInstance()
+{
+    static ConfigManager manager(instanceFile);
+    return manager;
+}
+
+ConfigManager::ConfigManager(const QString &filePath)
+    : m_filePath(filePath)
+{
+    loadConfig();
+}
+
+QString ConfigManager::getLogFilePath() const
+{
+    const QString directory = logDirectory.trimmed().isEmpty() ? defaultDirectory : logDirectory;
+    return directory.endsWith(logFileSuffix) ? directory : directory + logFileName;
+}
+
+void ConfigManager::loadConfig()
+{
+    if (!Utils::fileExists(m_filePath.toStdString())) {
+        logInfo("No settings file {}, using the defaults", m_filePath.toStdString());
+        return;
+    }
+    QSettings settings(m_filePath, QSettings::IniFormat);
+    settings.setIniCodec("UTF-8");
+    if (settings.status() != QSettings::NoError) {
+        logWarning("Failed to read the settings file {}, using the defaults", m_filePath.toStdString());
+        return;
+    }
+    logConsoleOnly = settings.value(consoleOnlyKey, logConsoleOnly).toBool();
+    readByte(settings, levelKey, LogLevel::debug, LogLevel::none, logLevel);
+    readByte(settings, fileSizeKey, 1, maxByte, logFileSizeMb);
+    readByte(settings, maxFilesKey, 1, maxByte, maxLogFiles);
+    const QString directory = settings.value(directoryKey).toString();
+    if (!directory.trimmed().isEmpty())
+        logDirectory = directory;
+}
+
+void ConfigManager::saveConfig()
+{
+    if (!Utils::ensureFilePath(m_filePath.toStdString())) {
+        logError("Failed to create the directory of the settings file {}", m_filePath.toStdString());
+        return;
+    }
+    QSettings settings(m_filePath, QSettings::IniFormat);
+    settings.setIniCodec("UTF-8");
+    settings.setValue(consoleOnlyKey, logConsoleOnly);
+    settings.setValue(levelKey, logLevel);
+    settings.setValue(fileSizeKey, logFileSizeMb);
+    settings.setValue(maxFilesKey, maxLogFiles);
+    settings.setValue(directoryKey, logDirectory);
+    settings.sync();
+    if (settings.status() != QSettings::NoError)
+        logError("Failed to write the settings file {}", m_filePath.toStdString());
+}
+
+} // namespace Common
