@@ -12,7 +12,12 @@ struct TzVciBitTiming
     static constexpr double clockHz = clockMhz * 1e6;
 
     /// How well a sample point suits a vehicle bus.
-    enum class SamplePointRating { Good, Acceptable, Poor };
+    enum class SamplePointRating
+    {
+        Good,
+        Acceptable,
+        Poor
+    };
 
     int seg1 = 0;              ///< time quanta between the synchronisation and the sample point
     int seg2 = 0;              ///< time quanta after the sample point

@@ -109,6 +109,14 @@ void TzVciChannelSelection::setAllChecked(bool checked)
         setDeviceChecked(entry.first, checked);
 }
 
+bool TzVciChannelSelection::isChannelChecked(int deviceIndex, int channelIndex) const
+{
+    const auto device = m_devices.find(deviceIndex);
+    return device != m_devices.end() &&
+           std::any_of(device->second.channels.begin(), device->second.channels.end(),
+                       [channelIndex](const Channel &c) { return c.index == channelIndex && c.checked; });
+}
+
 TzVciChannelFilter TzVciChannelSelection::checkedChannels() const
 {
     TzVciChannelFilter filter;

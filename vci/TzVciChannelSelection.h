@@ -32,17 +32,22 @@ public:
 
     struct Device
     {
-        QString text; ///< "Device 0"
+        QString text;         ///< "Device 0"
         bool checked = false; ///< held by the filter, later: any channel is
         bool anyOpen = false; ///< a channel of the family is open
         std::vector<Channel> channels;
     };
 
-    enum class Form { Filter, Single };
+    enum class Form
+    {
+        Filter,
+        Single
+    };
 
     /// @param kind    a view kind or protocol id; 16 and 17 count as their family
     /// @param filter  what is picked at first; null for nothing. The single form takes its first channel only
-    TzVciChannelSelection(const TzVciDeviceStore &store, std::uint8_t kind, Form form, const TzVciChannelFilter *filter);
+    TzVciChannelSelection(const TzVciDeviceStore &store, std::uint8_t kind, Form form,
+                          const TzVciChannelFilter *filter);
 
     Form form() const { return m_form; }
     QString familyName() const { return m_familyName; } ///< "CAN" or "LIN"
@@ -56,6 +61,7 @@ public:
     void setChannelChecked(int deviceIndex, int channelIndex, bool checked);
     void setAllChecked(bool checked); ///< filter form only
 
+    bool isChannelChecked(int deviceIndex, int channelIndex) const;
     TzVciChannelFilter checkedChannels() const; ///< devices without a checked channel are left out
     /// Device and channel index of the first checked channel.
     std::optional<std::pair<int, int>> firstChecked() const;

@@ -11,9 +11,9 @@ namespace Common {
 namespace WorkbenchColor {
 inline constexpr QRgb background = 0xfff0f0f0; ///< windows and dialogs
 inline constexpr QRgb border = 0xffcccccc;
-inline constexpr QRgb base = 0xffffffff;       ///< tables and input fields
+inline constexpr QRgb base = 0xffffffff; ///< tables and input fields
 inline constexpr QRgb text = 0xff1f2933;
-inline constexpr QRgb mutedText = 0xff8a949e;  ///< disabled texts, place-holders
+inline constexpr QRgb mutedText = 0xff8a949e; ///< disabled texts, place-holders
 inline constexpr QRgb accent = 0xff1f78d1;
 inline constexpr QRgb accentLight = 0xffd3e6f9; ///< selected rows, pressed buttons
 } // namespace WorkbenchColor
