@@ -47,8 +47,8 @@ TzBenchWindowHelper::~TzBenchWindowHelper()
     disconnectDevices();
     m_canDrain.stop();
     m_linDrain.stop();
-    for (const TzViewList::Entry &entry : m_views.entries())
-        entry.view->disconnect(this); // views that outlive the helper have nobody to report to
+    for (TzVciBaseViewWindow *view : m_views.views())
+        view->disconnect(this); // views that outlive the helper have nobody to report to
 }
 
 void TzBenchWindowHelper::connectDevices()
@@ -94,7 +94,7 @@ void TzBenchWindowHelper::newView(std::uint8_t kind, Request request)
     connect(this, &TzBenchWindowHelper::sigClearViewWindow, view, &TzVciBaseViewWindow::onClearViewWindow);
     connect(view, &QObject::destroyed, this, &TzBenchWindowHelper::removeView);
     view->installEventFilter(this);
-    m_views.append(view, kind);
+    m_views.append(view);
     m_views.renumber();
     m_area->addSubWindow(view)->show();
     tileViews();
@@ -162,10 +162,8 @@ void TzBenchWindowHelper::closeViews()
 
 void TzBenchWindowHelper::tileViews()
 {
-    std::vector<const QWidget *> views;
-    for (const TzViewList::Entry &entry : m_views.entries())
-        views.push_back(entry.view);
-    m_arrangement.tile(views);
+    const std::vector<TzVciBaseViewWindow *> views = m_views.views();
+    m_arrangement.tile({views.begin(), views.end()});
 }
 
 void TzBenchWindowHelper::onVciStatus(int deviceIndex, std::uint8_t cmd)

@@ -8,46 +8,46 @@
 
 #include <algorithm>
 
-void TzViewList::append(TzVciBaseViewWindow *view, std::uint8_t kind)
+void TzViewList::append(TzVciBaseViewWindow *view)
 {
     const QWriteLocker lock(&m_lock);
-    m_entries.push_back({view, kind});
+    m_views.push_back(view);
 }
 
 bool TzViewList::remove(const QObject *view)
 {
     const QWriteLocker lock(&m_lock);
-    return std::erase_if(m_entries, [view](const Entry &entry) { return entry.view == view; }) > 0;
+    return std::erase_if(m_views, [view](const TzVciBaseViewWindow *listed) { return listed == view; }) > 0;
 }
 
-std::vector<TzViewList::Entry> TzViewList::entries() const
+std::vector<TzVciBaseViewWindow *> TzViewList::views() const
 {
     const QReadLocker lock(&m_lock);
-    return m_entries;
+    return m_views;
 }
 
 bool TzViewList::hasFamily(std::uint8_t protocol) const
 {
     const QReadLocker lock(&m_lock);
-    return std::any_of(m_entries.begin(), m_entries.end(), [protocol](const Entry &entry) {
-        return TzVciViewKind::familyProtocol(entry.kind) == protocol;
+    return std::any_of(m_views.begin(), m_views.end(), [protocol](const TzVciBaseViewWindow *view) {
+        return TzVciViewKind::familyProtocol(view->viewKind()) == protocol;
     });
 }
 
 void TzViewList::deliver(std::uint8_t protocol, const std::vector<TzVciMessage> &batch) const
 {
     const QReadLocker lock(&m_lock);
-    for (const Entry &entry : m_entries) {
-        if (TzVciViewKind::familyProtocol(entry.kind) == protocol)
-            entry.view->onReceivedMessages(batch);
+    for (TzVciBaseViewWindow *view : m_views) {
+        if (TzVciViewKind::familyProtocol(view->viewKind()) == protocol)
+            view->onReceivedMessages(batch);
     }
 }
 
 void TzViewList::renumber() const
 {
     int number = 0;
-    for (const Entry &entry : entries())
-        entry.view->setWindowTitle(title(++number, entry.kind));
+    for (TzVciBaseViewWindow *view : views())
+        view->setWindowTitle(title(++number, view->viewKind()));
 }
 
 QString TzViewList::title(int number, std::uint8_t kind)

@@ -20,18 +20,12 @@ class TzVciBaseViewWindow;
 class TzViewList
 {
 public:
-    struct Entry
-    {
-        TzVciBaseViewWindow *view = nullptr;
-        std::uint8_t kind = 0; ///< TzVciViewKind
-    };
-
-    void append(TzVciBaseViewWindow *view, std::uint8_t kind);
+    void append(TzVciBaseViewWindow *view);
     /// Takes a view out; @p view may be half destroyed, only its address is looked at.
     /// @return false if it is not in the list
     bool remove(const QObject *view);
-    /// A copy of the list.
-    std::vector<Entry> entries() const;
+    /// A copy of the list, for the UI thread.
+    std::vector<TzVciBaseViewWindow *> views() const;
     /// Whether a view takes the family with that protocol id, 1 for CAN and 5 for LIN.
     bool hasFamily(std::uint8_t protocol) const;
     /// Gives the batch to every view of the family, in list order. Any thread; views copy what they keep.
@@ -43,6 +37,6 @@ public:
     static QString title(int number, std::uint8_t kind);
 
 private:
-    mutable QReadWriteLock m_lock; // protects m_entries
-    std::vector<Entry> m_entries;
+    mutable QReadWriteLock m_lock; // protects m_views
+    std::vector<TzVciBaseViewWindow *> m_views;
 };

@@ -1,0 +1,114 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "tests/app/TestProgram.h"
+
+#include "tests/support/TempWorkDir.h"
+#include "tests/support/WaitFor.h"
+#include "tools/simulator/Simulator.h"
+
+#include <QFile>
+#include <QProcess>
+#include <QtTest>
+
+#include <csignal>
+
+namespace {
+
+constexpr int endLimitMs = 15000;
+
+/// tzbench in a folder of its own, on the loopback network of this test and without a display.
+class Program
+{
+public:
+    void start(const QStringList &prefix = {})
+    {
+        QStringList command = prefix;
+        command.append(QStringLiteral(TZBENCH_PROGRAM));
+        m_process.setProcessEnvironment(environment);
+        m_process.setWorkingDirectory(m_workDir.filePath(QString()));
+        m_process.setProgram(command.takeFirst());
+        m_process.setArguments(command);
+        m_process.start();
+        QVERIFY(m_process.waitForStarted());
+    }
+    bool logs(const char *text)
+    {
+        return tztest::waitFor([&] { return log().contains(text) || m_process.state() == QProcess::NotRunning; }) &&
+               log().contains(text);
+    }
+    QByteArray log() const
+    {
+        QFile file(m_workDir.filePath(QStringLiteral("logs/TZBench.log")));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+    QProcess &process() { return m_process; }
+
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+
+private:
+    tztest::TempWorkDir m_workDir;
+    QProcess m_process; // last: its end comes before that of its folder
+};
+
+} // namespace
+
+void TestProgram::asksForDevicesAtStart()
+{
+    tzsim::Simulator simulator;
+    simulator.addBox({.index = 0, .canChannels = 2, .linChannels = 1});
+    QVERIFY(simulator.start());
+    Program program;
+    program.start();
+    QVERIFY2(program.logs("Scan to device 0"), program.log().constData());
+    QVERIFY(program.log().contains("CAN channels=2, LIN channels=1"));
+    program.process().terminate();
+    QVERIFY(program.process().waitForFinished(endLimitMs));
+    QCOMPARE(program.process().exitStatus(), QProcess::NormalExit);
+    QCOMPARE(program.process().exitCode(), 0);
+}
+
+void TestProgram::aSignalEndsItCleanly_data()
+{
+    QTest::addColumn<int>("signalNumber");
+    QTest::newRow("SIGTERM") << SIGTERM;
+    QTest::newRow("SIGINT") << SIGINT;
+    QTest::newRow("SIGHUP") << SIGHUP;
+}
+
+void TestProgram::aSignalEndsItCleanly()
+{
+    QFETCH(int, signalNumber);
+    Program program;
+    program.start();
+    // With this line the settings dialog is about to show: the signal meets a modal dialog before the event loop.
+    QVERIFY2(program.logs("Config file not found: config/vci/vci_config.json"), program.log().constData());
+    ::kill(static_cast<pid_t>(program.process().processId()), signalNumber);
+    QVERIFY(program.process().waitForFinished(endLimitMs));
+    QCOMPARE(program.process().exitStatus(), QProcess::NormalExit);
+    QCOMPARE(program.process().exitCode(), 0);
+}
+
+void TestProgram::withoutAnInterfaceItStarts()
+{
+    QProcess probe;
+    probe.start(QStringLiteral("unshare"), {QStringLiteral("-rn"), QStringLiteral("true")});
+    if (!probe.waitForFinished() || probe.exitStatus() != QProcess::NormalExit || probe.exitCode() != 0)
+        QSKIP("network namespaces are not permitted here");
+    Program program;
+    program.start({QStringLiteral("unshare"), QStringLiteral("-rn")});
+    QVERIFY2(program.logs("No active IPv4 network interfaces found."), program.log().constData());
+    QVERIFY(program.logs("Config file not found: config/vci/vci_config.json")); // on its way to the dialog
+    program.process().terminate();
+    QVERIFY(program.process().waitForFinished(endLimitMs));
+    QCOMPARE(program.process().exitCode(), 0);
+}
+
+void TestProgram::withoutADisplayTheToolkitTellsWhy()
+{
+    Program program;
+    program.environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
+    program.environment.remove(QStringLiteral("DISPLAY"));
+    program.start();
+    QVERIFY(program.process().waitForFinished(endLimitMs));
+    QVERIFY(program.process().exitStatus() == QProcess::CrashExit || program.process().exitCode() != 0);
+    QVERIFY(program.process().readAllStandardError().contains("xcb"));
+}

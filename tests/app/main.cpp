@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "app/TzApplication.h"
+#include "app/TzStartup.h"
+#include "tests/app/TestClosing.h"
+#include "tests/app/TestProgram.h"
+#include "tests/app/TestTZBenchWindow.h"
+#include "tests/app/TestTzApplication.h"
+#include "tests/app/TestTzFrameDrain.h"
+#include "tests/app/TestTzStartup.h"
+#include "tests/app/TestTzViewTiler.h"
+#include "tests/app/TestViewManagement.h"
+#include "tests/support/LoopbackGuard.h"
+
+#include <QtTest>
+
+namespace {
+
+template <typename... TestClasses> int runAll(int argc, char **argv)
+{
+    int failures = 0;
+    const auto run = [&](QObject &&test) { failures += QTest::qExec(&test, argc, argv); };
+    (run(TestClasses{}), ...);
+    return failures;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    tztest::requireLoopbackNetwork();
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    TzStartup::prepareToolkit();
+    TzApplication application(argc, argv);
+    TzApplication::setQuitOnLastWindowClosed(false); // windows come and go; a run() of a test ends by what it tests
+    TzStartup::dressApplication(application);
+    return runAll<TestTzViewTiler, TestTzFrameDrain, TestTzApplication, TestTZBenchWindow, TestViewManagement,
+                  TestClosing, TestTzStartup, TestProgram>(argc, argv);
+}
