@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "tests/vci/PlainPeer.h"
+
+#include "vci/TzVciNetwork.h"
+
+#include <gtest/gtest.h>
+
+#include <arpa/inet.h>
+#include <array>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace tztest {
+
+namespace {
+
+std::string dotted(const sockaddr_in &address)
+{
+    std::array<char, INET_ADDRSTRLEN> text{};
+    return ::inet_ntop(AF_INET, &address.sin_addr, text.data(), text.size());
+}
+
+} // namespace
+
+PlainPeer::PlainPeer(std::uint16_t port)
+    : m_socket(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0))
+{
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(port);
+    ::inet_pton(AF_INET, ip().c_str(), &address.sin_addr);
+    EXPECT_EQ(::bind(m_socket, reinterpret_cast<const sockaddr *>(&address), sizeof(address)), 0);
+    socklen_t size = sizeof(address);
+    EXPECT_EQ(::getsockname(m_socket, reinterpret_cast<sockaddr *>(&address), &size), 0);
+    m_port = ntohs(address.sin_port);
+}
+
+std::string PlainPeer::ip() const
+{
+    return TzVciNetwork::current().deviceAddress(0);
+}
+
+std::optional<std::vector<std::uint8_t>> PlainPeer::receive()
+{
+    pollfd waiting{m_socket, POLLIN, 0};
+    if (::poll(&waiting, 1, 20'000) != 1)
+        return std::nullopt;
+    std::vector<std::uint8_t> datagram(8192);
+    socklen_t size = sizeof(m_host);
+    const ssize_t received =
+        ::recvfrom(m_socket, datagram.data(), datagram.size(), 0, reinterpret_cast<sockaddr *>(&m_host), &size);
+    if (received < 0)
+        return std::nullopt;
+    datagram.resize(static_cast<std::size_t>(received));
+    return datagram;
+}
+
+void PlainPeer::send(const std::vector<std::uint8_t> &datagram)
+{
+    const ssize_t sent = ::sendto(m_socket, datagram.data(), datagram.size(), 0,
+                                  reinterpret_cast<const sockaddr *>(&m_host), sizeof(m_host));
+    ASSERT_EQ(sent, static_cast<ssize_t>(datagram.size()));
+}
+
+std::string PlainPeer::hostIp() const
+{
+    return dotted(m_host);
+}
+
+void PlainPeer::close()
+{
+    if (m_socket >= 0)
+        ::close(m_socket);
+    m_socket = -1;
+}
+
+} // namespace tztest

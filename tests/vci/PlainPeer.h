@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <netinet/in.h>
+
+namespace tztest {
+
+/// The other end of a link: a bare UDP socket at the address of device 0 of the test's network, on a port of its own.
+class PlainPeer
+{
+public:
+    /// @param port  0: the system's choice
+    explicit PlainPeer(std::uint16_t port = 0);
+    ~PlainPeer() { close(); }
+    PlainPeer(const PlainPeer &) = delete;
+    PlainPeer &operator=(const PlainPeer &) = delete;
+
+    std::string ip() const;
+    std::uint16_t port() const { return m_port; }
+    /// Waits for a datagram, whose sender is the destination of send() from then on; none within 20 s is nullopt.
+    std::optional<std::vector<std::uint8_t>> receive();
+    void send(const std::vector<std::uint8_t> &datagram);
+    /// Dotted address from which the last datagram came.
+    std::string hostIp() const;
+    /// From now on the system answers "port unreachable".
+    void close();
+
+private:
+    int m_socket = -1;
+    std::uint16_t m_port = 0;
+    sockaddr_in m_host{};
+};
+
+} // namespace tztest
