@@ -133,7 +133,10 @@ int acquireSlot(int socket)
 void releaseSlot(int slot)
 {
     Slot *const released = slotAt(slot);
-    if (!released || released->socket.exchange(closingSocket) < 0)
+    if (!released)
+        return;
+    int socket = released->socket.load();
+    if (socket < 0 || !released->socket.compare_exchange_strong(socket, closingSocket))
         return;
     while (released->users.load() != 0) // a fire() that is sending, and never waits itself
         std::this_thread::yield();

@@ -55,6 +55,7 @@ QString emphasisedHtml(const QString &text, const std::vector<bool> &marks)
 // OK is enabled only while the line holds more than blanks.
 void requireText(QInputDialog &dialog)
 {
+    dialog.sizeHint(); // the dialog makes its parts only when it has to
     auto *line = dialog.findChild<QLineEdit *>();
     auto *buttons = dialog.findChild<QDialogButtonBox *>();
     if (!line || !buttons)
