@@ -3,6 +3,7 @@
 
 #include "app/TzBenchWindowHelper.h"
 #include "app/TzQuickButtonState.h"
+#include "common/Log.h"
 #include "ui_TZBenchWindow.h"
 #include "vci/TzVciDeviceManager.h"
 #include "vci/TzVciDeviceStore.h"
@@ -127,15 +128,18 @@ void TZBenchWindow::on_actionDevice_Settings_triggered()
 
 void TZBenchWindow::closeEvent(QCloseEvent *event)
 {
-    if (!m_ended) {
-        const auto answer = QMessageBox::question(this, tr("Tips"), tr("Are you sure to close the program?"));
-        if (answer != QMessageBox::Yes || !closeToolWindows()) {
-            event->ignore();
-            return;
-        }
-        endWork();
-    }
-    event->accept();
+    event->setAccepted(m_ended || endIfUserAgrees());
+}
+
+bool TZBenchWindow::endIfUserAgrees()
+{
+    const auto answer = QMessageBox::question(this, tr("Tips"), tr("Are you sure to close the program?"));
+    if (m_ended)
+        return true; // the program was told to end while the question stood
+    if (answer != QMessageBox::Yes || !closeToolWindows())
+        return false;
+    endWork();
+    return true;
 }
 
 QList<QPointer<QWidget>> TZBenchWindow::openToolWindows() const
@@ -172,4 +176,14 @@ void TZBenchWindow::closeWithoutQuestion()
     }
     endWork();
     close();
+}
+
+void TZBenchWindow::paintEvent(QPaintEvent *event)
+{
+    QMainWindow::paintEvent(event);
+    if (std::exchange(m_painted, true))
+        return;
+    // Queued, so that the children have been painted too; the start-up time is read off this line.
+    QMetaObject::invokeMethod(
+        this, [] { Common::logDebug("Main window painted"); }, Qt::QueuedConnection);
 }

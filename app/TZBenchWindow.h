@@ -38,6 +38,7 @@ public:
 
 protected:
     void closeEvent(QCloseEvent *event) override;
+    void paintEvent(QPaintEvent *event) override;
 
 private Q_SLOTS:
     void on_toolVCIDevice_clicked();
@@ -56,6 +57,7 @@ private:
     void askToCloseAllDevices();
     QList<QPointer<QWidget>> openToolWindows() const;
     bool closeToolWindows(); // stops at the first that refuses, with false
+    bool endIfUserAgrees();
     void endWork();
 
     TzVciDeviceManager *m_manager;
@@ -63,5 +65,6 @@ private:
     TzVciDeviceScanner *m_scanner;
     std::unique_ptr<Ui::TZBenchWindow> m_ui;
     TzBenchWindowHelper *m_helper;
-    bool m_ended = false; // the close steps have been taken
+    bool m_painted = false; // the window has been on the screen
+    bool m_ended = false;   // the close steps have been taken
 };

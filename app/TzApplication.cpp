@@ -37,6 +37,8 @@ int TzApplication::run()
     if (m_ending.load() || m_failed.load())
         QMetaObject::invokeMethod(this, &QCoreApplication::quit, Qt::QueuedConnection);
     const int result = exec();
+    m_ending.store(false);
+    m_failed.store(false);
     std::exception_ptr failure;
     {
         const std::lock_guard lock(m_mutex);

@@ -23,7 +23,7 @@ public:
     int run();
     /// Ends all event loops, also for a run() that has not begun. UI thread only.
     void end();
-    /// Whether an exception has been kept.
+    /// Whether an exception has been kept that run() has not thrown yet.
     bool hasFailed() const { return m_failed.load(); }
 
 private:

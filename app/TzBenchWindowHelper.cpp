@@ -96,7 +96,9 @@ void TzBenchWindowHelper::newView(std::uint8_t kind, Request request)
     view->installEventFilter(this);
     m_views.append(view);
     m_views.renumber();
-    m_area->addSubWindow(view)->show();
+    QMdiSubWindow *subWindow = m_area->addSubWindow(view);
+    connect(view, &QObject::destroyed, subWindow, &QObject::deleteLater); // a view closed by itself leaves no frame
+    subWindow->show();
     tileViews();
 }
 
@@ -111,7 +113,7 @@ TzVciBaseViewWindow *TzBenchWindowHelper::createView(std::uint8_t kind)
 
 bool TzBenchWindowHelper::hasRoomForView(std::uint8_t kind, Request request)
 {
-    if (m_area->subWindowList().size() < tzMaxViews)
+    if (m_views.views().size() < tzMaxViews)
         return true;
     if (request == Request::ByProgram) {
         Common::logInfo("No view of kind {} is opened by itself: {} views are open already", kind, tzMaxViews);

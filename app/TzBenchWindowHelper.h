@@ -42,6 +42,8 @@ public:
     void closeViews();
     void tileViews();
     const TzViewList &views() const { return m_views; }
+    /// Where the frames and events of the devices come in.
+    TzFrameInlet &inlet() { return *m_inlet; }
     /// Whether the drain of the family with that protocol id runs.
     bool isDraining(std::uint8_t protocol) const;
 

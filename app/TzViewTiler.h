@@ -4,10 +4,11 @@
 #include <QRect>
 #include <QSize>
 
+#include <cstddef>
 #include <vector>
 
 /// How many traffic views the area of the main window takes, all kinds together.
-inline constexpr int tzMaxViews = 4;
+inline constexpr std::size_t tzMaxViews = 4;
 
 /// Where the views lie when they are tiled. Geometry alone: no widget is touched.
 class TzViewTiler

@@ -12,6 +12,7 @@
 #include "vci/TzVciTypes.h"
 #include "views/TzViewIntake.h"
 
+#include <QAction>
 #include <QMdiArea>
 #include <QMdiSubWindow>
 #include <QString>

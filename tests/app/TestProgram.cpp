@@ -14,6 +14,8 @@
 namespace {
 
 constexpr int endLimitMs = 15000;
+/// With this line the settings dialog is about to show: a signal meets a modal dialog before the event loop proper.
+constexpr const char *dialogLine = "Config file not found: config/vci/vci_config.json";
 
 /// tzbench in a folder of its own, on the loopback network of this test and without a display.
 class Program
@@ -60,6 +62,7 @@ void TestProgram::asksForDevicesAtStart()
     program.start();
     QVERIFY2(program.logs("Scan to device 0"), program.log().constData());
     QVERIFY(program.log().contains("CAN channels=2, LIN channels=1"));
+    QVERIFY(program.logs(dialogLine));
     program.process().terminate();
     QVERIFY(program.process().waitForFinished(endLimitMs));
     QCOMPARE(program.process().exitStatus(), QProcess::NormalExit);
@@ -79,8 +82,7 @@ void TestProgram::aSignalEndsItCleanly()
     QFETCH(int, signalNumber);
     Program program;
     program.start();
-    // With this line the settings dialog is about to show: the signal meets a modal dialog before the event loop.
-    QVERIFY2(program.logs("Config file not found: config/vci/vci_config.json"), program.log().constData());
+    QVERIFY2(program.logs(dialogLine), program.log().constData());
     ::kill(static_cast<pid_t>(program.process().processId()), signalNumber);
     QVERIFY(program.process().waitForFinished(endLimitMs));
     QCOMPARE(program.process().exitStatus(), QProcess::NormalExit);
@@ -96,7 +98,7 @@ void TestProgram::withoutAnInterfaceItStarts()
     Program program;
     program.start({QStringLiteral("unshare"), QStringLiteral("-rn")});
     QVERIFY2(program.logs("No active IPv4 network interfaces found."), program.log().constData());
-    QVERIFY(program.logs("Config file not found: config/vci/vci_config.json")); // on its way to the dialog
+    QVERIFY(program.logs(dialogLine));
     program.process().terminate();
     QVERIFY(program.process().waitForFinished(endLimitMs));
     QCOMPARE(program.process().exitCode(), 0);

@@ -176,7 +176,8 @@ void TestViewManagement::aViewThatClosesByItselfLeavesListAndArea()
     const QPointer<TzVciBaseViewWindow> view = fixture.helper().views().views().front();
     view->close();
     QCOMPARE(fixture.titles(), (Titles{"View1 For CAN"}));
-    QVERIFY(tztest::waitFor([&] { return !view && fixture.area().subWindowList().size() == 1; }));
+    QTRY_VERIFY(!view); // which also runs deferred deletions
+    QTRY_COMPARE(fixture.area().subWindowList().size(), 1);
     QCOMPARE(fixture.geometries().front(), wholeArea(fixture));
 }
 
@@ -279,7 +280,7 @@ void TestViewManagement::theFirstCanChannelEmptiesTheViewsAndTheSecondDoesNot()
     fixture.simulator.box(0).injectCan(0, canFrame(0x123));
     QVERIFY(tztest::waitFor([&] { return fixture.countersOf(0).total == 1; }));
     QVERIFY(fixture.openChannel(0, can, 1));
-    QVERIFY(tztest::waitFor([&] { return status.count() == 3; })); // device, channel, channel
+    QVERIFY(tztest::waitFor([&] { return status.count() == 2; }));
     QCOMPARE(cleared.count(), 1);
     QCOMPARE(fixture.countersOf(0).total, std::uint64_t{1});
     QVERIFY(fixture.openAll(0, lin, 0));
@@ -295,8 +296,8 @@ void TestViewManagement::closingTheLastCanChannelOfOneDeviceLeavesTheTimerOfAnot
     QVERIFY(fixture.openAll(1, can, 0));
     QSignalSpy status(&fixture.helper(), &TzBenchWindowHelper::sigVciStatusChanged);
     QCOMPARE(fixture.manager.closeChannel(0, can, 0), TzVciResult::ok);
-    QVERIFY(tztest::waitFor([&] { return status.count() == 1; }));
-    QCOMPARE(status.front().at(1).value<std::uint8_t>(), VciStatus::canChannelClosed);
+    QVERIFY(tztest::waitFor(
+        [&] { return !status.isEmpty() && status.back().at(1).value<std::uint8_t>() == VciStatus::canChannelClosed; }));
     QVERIFY(fixture.helper().isDraining(can));
     fixture.simulator.box(1).injectCan(0, canFrame(0x321));
     QVERIFY(tztest::waitFor([&] { return fixture.countersOf(0).total == 1; }));

@@ -13,6 +13,8 @@
 
 #include <QtTest>
 
+#include <cstdint>
+
 namespace {
 
 template <typename... TestClasses> int runAll(int argc, char **argv)
@@ -34,6 +36,7 @@ int main(int argc, char **argv)
     TzApplication application(argc, argv);
     TzApplication::setQuitOnLastWindowClosed(false); // windows come and go; a run() of a test ends by what it tests
     TzStartup::dressApplication(application);
+    qRegisterMetaType<std::uint8_t>("std::uint8_t"); // for signal spies
     return runAll<TestTzViewTiler, TestTzFrameDrain, TestTzApplication, TestTZBenchWindow, TestViewManagement,
                   TestClosing, TestTzStartup, TestProgram>(argc, argv);
 }
