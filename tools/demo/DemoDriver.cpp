@@ -1,0 +1,227 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "tools/demo/DemoDriver.h"
+
+#include "app/TZBenchWindow.h"
+#include "vci/TzVciDeviceStore.h"
+#include "vci/TzVciTypes.h"
+#include "vci/ui/TzVciCanConfigDialog.h"
+#include "vci/ui/TzVciChannelSelectDialog.h"
+#include "vci/ui/TzVciConfigDialog.h"
+#include "views/ui/TzVciBaseViewWindow.h"
+
+#include <QAbstractButton>
+#include <QAction>
+#include <QApplication>
+#include <QCheckBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QMdiArea>
+#include <QMdiSubWindow>
+#include <QMenu>
+#include <QMessageBox>
+#include <QPixmap>
+
+#include <cstdio>
+
+namespace {
+
+constexpr int deviceIndex = 0;
+constexpr qulonglong framesWanted = 500;
+
+template <typename Dialog> Dialog *openDialog()
+{
+    return qobject_cast<Dialog *>(QApplication::activeModalWidget());
+}
+
+} // namespace
+
+DemoDriver::DemoDriver(TZBenchWindow *window, TzVciDeviceStore *store, const QDir &out, QObject *parent)
+    : QObject(parent)
+    , m_window(window)
+    , m_store(store)
+    , m_out(out)
+{
+    addSettingsSteps();
+    addViewSteps();
+    addDialogSteps();
+    addClosingSteps();
+    connect(&m_script, &DemoScript::failed, this, [this](const QString &step) {
+        std::fprintf(stderr, "demo: \"%s\" did not come about\n", qPrintable(step));
+        m_window->closeWithoutQuestion();
+        qApp->exit(1);
+    });
+}
+
+void DemoDriver::start()
+{
+    m_script.start();
+}
+
+void DemoDriver::addSettingsSteps()
+{
+    m_script.add(
+        tr("select the device that the scan found"),
+        [this] {
+            auto *dialog = openDialog<TzVciConfigDialog>();
+            return dialog && dialog->isVisible() && m_store->deviceIndices().size() >= 2 &&
+                   dialog->findChild<QListWidget *>()->count() >= 2;
+        },
+        [] { openDialog<TzVciConfigDialog>()->findChild<QListWidget *>()->setCurrentRow(deviceIndex); });
+    m_script.add(
+        tr("open the device"), [] { return openDialog<TzVciConfigDialog>() != nullptr; },
+        [this] {
+            savePicture(openDialog<TzVciConfigDialog>(), QStringLiteral("device-settings-closed"));
+            openDialog<TzVciConfigDialog>()
+                ->findChild<QAbstractButton *>(QStringLiteral("buttonToggleDevice"))
+                ->click();
+        });
+    const auto deviceOpen = [this] { return m_store->isDeviceOpen(deviceIndex); };
+    m_script.add(tr("open CAN1"), deviceOpen, [this] { clickChannel(QStringLiteral("CAN1")); });
+    m_script.add(tr("open CAN2"), deviceOpen, [this] { clickChannel(QStringLiteral("CAN2")); });
+    m_script.add(tr("open LIN1"), deviceOpen, [this] { clickChannel(QStringLiteral("LIN1")); });
+    m_script.add(
+        tr("close the settings"),
+        [this] {
+            return m_store->isChannelOpen(deviceIndex, TzVciProtocolId::can, 1) &&
+                   m_store->isChannelOpen(deviceIndex, TzVciProtocolId::lin, 0);
+        },
+        [this] {
+            savePicture(openDialog<TzVciConfigDialog>(), QStringLiteral("device-settings"));
+            openDialog<TzVciConfigDialog>()->close();
+        });
+}
+
+void DemoDriver::addViewSteps()
+{
+    m_script.add(
+        tr("open four views"), [] { return QApplication::activeModalWidget() == nullptr; },
+        [this] {
+            savePicture(m_window, QStringLiteral("main-window-start"));
+            trigger("actionNew_CAN_View");
+            trigger("actionNew_LIN_View");
+            arrangeViews();
+        });
+    m_script.add(
+        tr("wait for traffic"), [this] { return views().size() == 4 && everyViewCounted(framesWanted); },
+        [this] { savePicture(m_window, QStringLiteral("main-window")); });
+    m_script.add(
+        tr("show a menu"), [] { return true; },
+        [this] {
+            auto *menu = m_window->findChild<QMenu *>(QStringLiteral("menuVCI_View"));
+            menu->popup(m_window->mapToGlobal(QPoint(60, 100)));
+            savePicture(menu, QStringLiteral("menu-view"));
+            menu->close();
+        });
+}
+
+void DemoDriver::addDialogSteps()
+{
+    m_script.add(
+        tr("open the channel filter"), [] { return true; },
+        [this] { views().front()->findChild<QAbstractButton *>(QStringLiteral("buttonDevices"))->click(); });
+    m_script.add(
+        tr("close the channel filter"), [] { return openDialog<TzVciChannelSelectDialog>() != nullptr; },
+        [this] {
+            savePicture(openDialog<TzVciChannelSelectDialog>(), QStringLiteral("channel-filter"));
+            openDialog<TzVciChannelSelectDialog>()->close();
+        });
+    m_script.add(
+        tr("open the settings"), [] { return QApplication::activeModalWidget() == nullptr; },
+        [this] { trigger("actionDevice_Settings"); });
+    m_script.add(
+        tr("open the bit timing"), [] { return openDialog<TzVciConfigDialog>() != nullptr; },
+        [] {
+            for (auto *button : openDialog<TzVciConfigDialog>()->findChildren<QAbstractButton *>()) {
+                if (button->property("row").isValid() && button->text() == TzVciConfigDialog::tr("Configure")) {
+                    button->click();
+                    return;
+                }
+            }
+        });
+    m_script.add(
+        tr("close the bit timing"), [] { return openDialog<TzVciCanConfigDialog>() != nullptr; },
+        [this] {
+            savePicture(openDialog<TzVciCanConfigDialog>(), QStringLiteral("bit-timing"));
+            openDialog<TzVciCanConfigDialog>()->close();
+        });
+    m_script.add(
+        tr("close the settings again"), [] { return openDialog<TzVciConfigDialog>() != nullptr; },
+        [] { openDialog<TzVciConfigDialog>()->close(); });
+}
+
+void DemoDriver::addClosingSteps()
+{
+    m_script.add(
+        tr("close the program"), [] { return QApplication::activeModalWidget() == nullptr; },
+        [this] {
+            printCounters();
+            m_succeeded = everyViewCounted(framesWanted);
+            m_window->close();
+        });
+    m_script.add(
+        tr("answer Yes"), [] { return openDialog<QMessageBox>() != nullptr; },
+        [] { openDialog<QMessageBox>()->button(QMessageBox::Yes)->click(); });
+}
+
+void DemoDriver::clickChannel(const QString &name)
+{
+    auto *dialog = openDialog<TzVciConfigDialog>();
+    for (auto *button : dialog->findChildren<QAbstractButton *>()) {
+        if (button->text() == name)
+            button->click();
+    }
+}
+
+void DemoDriver::trigger(const char *action)
+{
+    m_window->findChild<QAction *>(QString::fromLatin1(action))->trigger();
+}
+
+void DemoDriver::savePicture(QWidget *widget, const QString &name)
+{
+    const QString path = m_out.filePath(name + QStringLiteral(".png"));
+    if (!widget || !widget->grab().save(path))
+        std::fprintf(stderr, "demo: could not save %s\n", qPrintable(path));
+}
+
+void DemoDriver::arrangeViews()
+{
+    // One raw and one folded view of each family; the filter bar shows in one of them.
+    bool foldNext = false;
+    for (TzVciBaseViewWindow *view : views()) {
+        view->findChild<QCheckBox *>(QStringLiteral("checkBoxFold"))->setChecked(foldNext);
+        foldNext = !foldNext;
+    }
+    views().front()->findChild<QAbstractButton *>(QStringLiteral("buttonFilter"))->click();
+}
+
+void DemoDriver::printCounters()
+{
+    for (TzVciBaseViewWindow *view : views()) {
+        const auto *status = view->findChild<QLabel *>(QStringLiteral("lableStatus"));
+        std::printf("%s: %s\n", qPrintable(view->windowTitle()), qPrintable(status->text()));
+    }
+    std::fflush(stdout);
+}
+
+std::vector<TzVciBaseViewWindow *> DemoDriver::views() const
+{
+    std::vector<TzVciBaseViewWindow *> result;
+    const auto *area = m_window->findChild<QMdiArea *>(QStringLiteral("areaVCI"));
+    for (QMdiSubWindow *sub : area->subWindowList()) {
+        if (auto *view = qobject_cast<TzVciBaseViewWindow *>(sub->widget()))
+            result.push_back(view);
+    }
+    return result;
+}
+
+bool DemoDriver::everyViewCounted(qulonglong frames) const
+{
+    const auto all = views();
+    return !all.empty() && std::all_of(all.begin(), all.end(), [frames](const TzVciBaseViewWindow *view) {
+        const QString text =
+            view->findChild<QLabel *>(QStringLiteral("lableStatus"))->text(); // "Tl:000000000123 Rx:..."
+        return text.section(QLatin1Char(' '), 0, 0).mid(3).toULongLong() >= frames;
+    });
+}
