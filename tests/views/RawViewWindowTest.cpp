@@ -196,6 +196,9 @@ void TestRawViewWindow::foldBoxFolds()
     box->click();
     QTRY_COMPARE(fixture->table()->model()->rowCount(), 1);
     QCOMPARE(fixture->table()->model()->index(0, 0).data().toString(), QStringLiteral("1[2]"));
+    const QString time = QStringLiteral("9999.999999[9999.99]");
+    QVERIFY2(fixture->table()->columnWidth(1) > fixture->table()->fontMetrics().horizontalAdvance(time),
+             "the cycle time is not cut off");
     box->click();
     QTRY_COMPARE(fixture->table()->model()->rowCount(), 2);
 }

@@ -19,6 +19,10 @@ constexpr int tableFontSize = 9; // points
 constexpr int minimumSectionSize = 12;
 // The name, which only a database knows, and in a LIN view the direction, which the colour and the frame type tell.
 constexpr int hiddenColumn = 5;
+// The widths of the columns leave the headers little room.
+const char *const headerStyle = "QHeaderView::section { padding: 2px 1px 2px 3px; }";
+// A long time with its cycle, for which the time column is made wide enough when the view is folded.
+const char *const foldedTimeSample = "12345.678901[1000.00]";
 
 QIcon resourceIcon(const char *name)
 {
@@ -62,6 +66,7 @@ void TzRawViewWindow::setUpTable(std::span<const ColumnWidth> columnWidths)
     QFont font = table->font();
     font.setPointSize(tableFontSize);
     table->setFont(font);
+    table->setWordWrap(false);
 
     QHeaderView *rows = table->verticalHeader();
     rows->setMinimumSectionSize(minimumSectionSize);
@@ -72,10 +77,14 @@ void TzRawViewWindow::setUpTable(std::span<const ColumnWidth> columnWidths)
     QHeaderView *columns = table->horizontalHeader();
     columns->setStretchLastSection(true);
     columns->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+    columns->setHighlightSections(false);
+    columns->setStyleSheet(QLatin1String(headerStyle));
     for (const ColumnWidth &width : columnWidths)
         table->setColumnWidth(width.column, width.pixels);
     table->setColumnHidden(hiddenColumn, true);
 
+    setFocusProxy(table);
+    table->setFocus();
     table->setContextMenuPolicy(Qt::CustomContextMenu);
     connect(table, &QWidget::customContextMenuRequested, this, &TzRawViewWindow::onShowContextMenu);
     watchVisibleRows(table);
@@ -167,6 +176,18 @@ void TzRawViewWindow::on_buttonDevices_clicked()
 void TzRawViewWindow::on_checkBoxFold_stateChanged(int state)
 {
     m_model->setFold(state == Qt::Checked);
+    if (state == Qt::Checked)
+        widenTimeColumn();
+}
+
+// The cycle time, for which one folds, stands at the end of the text.
+void TzRawViewWindow::widenTimeColumn()
+{
+    QTableView *table = m_ui->tableView;
+    const int margin = 2 * (table->style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, table) + 1);
+    const int wanted = table->fontMetrics().horizontalAdvance(QLatin1String(foldedTimeSample)) + margin;
+    table->setColumnWidth(TzRawViewFamily::TimeColumn,
+                          std::max(wanted, table->columnWidth(TzRawViewFamily::TimeColumn)));
 }
 
 void TzRawViewWindow::on_buttonPause_clicked()

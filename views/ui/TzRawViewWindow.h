@@ -56,6 +56,7 @@ private:
     void setUpTable(std::span<const ColumnWidth> columnWidths);
     void setUpFilter();
     void reservePauseButtonWidth();
+    void widenTimeColumn();
     void showPaused(bool paused);
     bool confirmClear();
     void addActions(QMenu *menu);
