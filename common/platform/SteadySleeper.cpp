@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "common/platform/SteadySleeper.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <ctime>
@@ -17,7 +18,8 @@ namespace {
 
 timespec toTimespec(SteadySleeper::Clock::time_point time) noexcept
 {
-    const auto sinceEpoch = time.time_since_epoch();
+    // A time before the machine's start is as far gone as any; the kernel refuses negative ones.
+    const auto sinceEpoch = std::max(time.time_since_epoch(), SteadySleeper::Clock::duration::zero());
     const auto seconds = std::chrono::floor<std::chrono::seconds>(sinceEpoch);
     return {.tv_sec = static_cast<time_t>(seconds.count()),
             .tv_nsec = static_cast<long>(std::chrono::nanoseconds(sinceEpoch - seconds).count())};

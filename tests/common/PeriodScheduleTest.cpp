@@ -45,7 +45,9 @@ struct Sent
 Sent sendAt(PeriodSchedule &schedule, TimePoint now)
 {
     const auto batch = schedule.begin(now);
-    Sent sent{.skipped = batch.skipped, .lateness = batch.lateness};
+    Sent sent;
+    sent.skipped = batch.skipped;
+    sent.lateness = batch.lateness;
     for (const auto &datagram : batch.datagrams) {
         sent.datagrams.emplace_back(datagram.bytes.begin(), datagram.bytes.end());
         sent.counts.push_back(datagram.frameCount);
