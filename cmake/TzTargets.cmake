@@ -66,6 +66,11 @@ function(tz_register_test name timeout labels)
     endif()
     add_test(NAME ${name} COMMAND ${name})
     set_tests_properties(${name} PROPERTIES TIMEOUT ${timeout} LABELS "${labels}")
+    tz_test_environment(${name})
+endfunction()
+
+# What every test runs with: no display, and the sanitizers' settings.
+function(tz_test_environment name)
     set_property(TEST ${name} PROPERTY ENVIRONMENT
         "QT_QPA_PLATFORM=offscreen"
         "TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1:suppressions=${PROJECT_SOURCE_DIR}/cmake/tsan.supp"

@@ -7,7 +7,7 @@ tz_fail() { printf 'error: %s\n' "$*" >&2; exit 1; }
 tz_build_packages="g++ cmake ninja-build ccache pkg-config qtbase5-dev libqt5svg5-dev qttools5-dev libfmt-dev libspdlog-dev
 libconcurrentqueue-dev zlib1g-dev libgtest-dev libgmock-dev libbenchmark-dev librsvg2-bin icoutils"
 tz_run_packages="xvfb xauth libqt5svg5 fonts-dejavu-core"
-tz_test_packages="iproute2 xdotool imagemagick procps python3-minimal"
+tz_test_packages="iproute2 xdotool imagemagick procps python3"
 tz_fuzz_packages="clang libclang-rt-14-dev"
 
 tz_install() {

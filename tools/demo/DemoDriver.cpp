@@ -22,7 +22,9 @@
 #include <QMessageBox>
 #include <QPixmap>
 
+#include <algorithm>
 #include <cstdio>
+#include <set>
 
 namespace {
 
@@ -187,11 +189,11 @@ void DemoDriver::savePicture(QWidget *widget, const QString &name)
 
 void DemoDriver::arrangeViews()
 {
-    // One raw and one folded view of each family; the filter bar shows in one of them.
-    bool foldNext = false;
+    // One raw and one folded view of each family; the filter bar shows in the first.
+    std::set<QString> families;
     for (TzVciBaseViewWindow *view : views()) {
-        view->findChild<QCheckBox *>(QStringLiteral("checkBoxFold"))->setChecked(foldNext);
-        foldNext = !foldNext;
+        const bool isFirst = families.insert(view->windowTitle().section(QLatin1Char(' '), -1)).second;
+        view->findChild<QCheckBox *>(QStringLiteral("checkBoxFold"))->setChecked(!isFirst);
     }
     views().front()->findChild<QAbstractButton *>(QStringLiteral("buttonFilter"))->click();
 }

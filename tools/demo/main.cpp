@@ -41,7 +41,7 @@ int runDemo(TzApplication &application, const QDir &out)
     TzStartup::startBackgroundLoad();
     const auto window = TzStartup::showMainWindow(application);
     window->showNormal();
-    window->resize(1440, 900);
+    window->resize(1760, 1000);
     DemoDriver driver(window.get(), &TzVciDeviceStore::instance(), out);
     driver.start();
     window->openFirstWindows();
