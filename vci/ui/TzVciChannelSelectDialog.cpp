@@ -17,6 +17,8 @@
 namespace {
 
 constexpr int channelsInLine = 8; // more go to further lines
+constexpr int lineHeight = 20;    // pixels
+constexpr int itemPadding = 8;    // pixels that the tree keeps free above and below a row, taken together
 
 } // namespace
 
@@ -73,7 +75,7 @@ void TzVciChannelSelectDialog::addDevice(int deviceIndex, const TzVciChannelSele
     auto *channelItem = new QTreeWidgetItem(item);
     channelItem->setFlags(Qt::ItemIsEnabled);
     QWidget *row = makeChannelRow(deviceIndex, device);
-    channelItem->setSizeHint(0, row->sizeHint());
+    channelItem->setSizeHint(0, row->sizeHint() + QSize(0, itemPadding));
     m_tree->setItemWidget(channelItem, 0, row);
     item->setExpanded(isSingle() || device.anyOpen);
 }
@@ -82,7 +84,7 @@ QWidget *TzVciChannelSelectDialog::makeChannelRow(int deviceIndex, const TzVciCh
 {
     auto *row = new QWidget(m_tree);
     auto *layout = new QGridLayout(row);
-    layout->setContentsMargins(4, 4, 4, 4);
+    layout->setContentsMargins(4, 0, 4, 0);
     layout->setHorizontalSpacing(12);
     layout->setVerticalSpacing(4);
     layout->setColumnStretch(channelsInLine, 1);
@@ -95,6 +97,7 @@ QWidget *TzVciChannelSelectDialog::makeChannelRow(int deviceIndex, const TzVciCh
         } else {
             button = new QCheckBox(channel.text, row);
         }
+        button->setMinimumHeight(lineHeight);
         button->setAccessibleName(QStringLiteral("%1 %2").arg(device.text, channel.text));
         layout->addWidget(button, position / channelsInLine, position % channelsInLine);
         ++position;

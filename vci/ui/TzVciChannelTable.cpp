@@ -27,7 +27,7 @@ struct TzVciChannelTable::Family
 
 namespace {
 
-constexpr int channelRowHeight = 32; // pixels
+constexpr int channelRowHeight = 28; // pixels
 constexpr int cellMargin = 2;
 
 QString canType(TzVciDeviceStore &store, int deviceIndex, int channelIndex)

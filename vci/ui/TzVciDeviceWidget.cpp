@@ -54,7 +54,10 @@ bool scanWhilePainting(TzVciDeviceScanner &scanner)
 
 QIcon deviceIcon(bool open)
 {
-    return QIcon(open ? QStringLiteral(":/resource/light_on.png") : QStringLiteral(":/resource/light_off.png"));
+    const QString path = open ? QStringLiteral(":/resource/light_on.png") : QStringLiteral(":/resource/light_off.png");
+    QIcon icon(path);
+    icon.addFile(path, QSize(), QIcon::Selected); // a selected row must not tint the lamp
+    return icon;
 }
 
 } // namespace
@@ -88,7 +91,7 @@ void TzVciDeviceWidget::buildLayout()
     for (QPushButton *button : {m_scanButton, m_addButton})
         button->setAutoDefault(false); // Enter in a field of the dialog must not start a scan
     m_list->setIconSize(QSize(20, 20));
-    m_list->setSpacing(2);
+    m_list->setSpacing(1);
 
     auto *buttons = new QHBoxLayout;
     buttons->setSpacing(8);

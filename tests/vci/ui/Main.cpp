@@ -1,0 +1,9 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "tests/support/QtTestMain.h"
+#include "tests/vci/ui/TestCanConfigDialog.h"
+#include "tests/vci/ui/TestChannelSelectDialog.h"
+#include "tests/vci/ui/TestConfigDialog.h"
+#include "tests/vci/ui/TestConfigDialogWithBox.h"
+#include "tests/vci/ui/TestDeviceWidget.h"
+
+TZ_QTEST_MAIN(TestCanConfigDialog, TestChannelSelectDialog, TestConfigDialog, TestConfigDialogWithBox, TestDeviceWidget)
