@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Any datagram that a device, or somebody who claims to be one, may send.
+#include "common/Log.h"
 #include "vci/TzVciDatagramParser.h"
 #include "vci/TzVciDeviceBusLoad.h"
 #include "vci/TzVciProtocol.h"
@@ -55,6 +56,13 @@ void checkBusLoad(std::span<const std::uint8_t> datagram)
 }
 
 } // namespace
+
+extern "C" int LLVMFuzzerInitialize(int *, char ***)
+{
+    Common::logInit("", Common::LogLevel::none, 1, 1); // reports that are too short would fill the screen
+    Common::logStart(true);
+    return 0;
+}
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
