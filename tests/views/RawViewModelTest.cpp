@@ -4,15 +4,10 @@
 
 #include "tests/support/LogCapture.h"
 #include "tests/support/WaitFor.h"
-#include "tests/views/RawViewTwins.h"
-#include "vci/TzVciDeviceManager.h"
-#include "vci/TzVciDeviceStore.h"
+#include "tests/views/RawViewModelFixture.h"
 
 #include <QAbstractItemModelTester>
-#include <QCoreApplication>
 #include <QSignalSpy>
-
-#include <gtest/gtest.h>
 
 #include <thread>
 
@@ -20,53 +15,7 @@ using namespace tztest;
 
 namespace {
 
-class RawViewModel : public testing::TestWithParam<RawViewTwin>
-{
-protected:
-    TzVciMessage rx(std::uint8_t id, std::uint64_t ticks = 0) const { return at(ticks, GetParam().received(id)); }
-    TzVciMessage tx(std::uint8_t id, std::uint64_t ticks = 0) const { return at(ticks, GetParam().transmitted(id)); }
-
-    void show(std::initializer_list<TzVciMessage> messages)
-    {
-        for (const TzVciMessage &message : messages)
-            m_model->addMessage(message);
-        m_model->updateData();
-    }
-    void show(const std::vector<TzVciMessage> &messages)
-    {
-        m_model->addMessages(messages);
-        m_model->updateData();
-    }
-    void fold(bool on = true)
-    {
-        m_model->setFold(on);
-        QCoreApplication::processEvents();
-    }
-    std::string text(int row, int column) const { return m_model->index(row, column).data().toString().toStdString(); }
-    std::string numberText(int row) const { return text(row, TzRawViewFamily::NumberColumn); }
-    std::string timeText(int row) const { return text(row, TzRawViewFamily::TimeColumn); }
-    std::uint32_t id(int row) const
-    {
-        return text(row, TzRawViewFamily::IdColumn).empty()
-                   ? 0xFFFF
-                   : m_model->index(row, TzRawViewFamily::IdColumn).data().toString().toUInt(nullptr, 16);
-    }
-    void filterIds(const char *ids)
-    {
-        m_filter->enabled = true;
-        m_filter->ids.setText(QString::fromLatin1(ids));
-        m_model->onFilter();
-    }
-
-    TzVciDeviceStore m_store;
-    TzVciDeviceManager m_manager{&m_store};
-    std::shared_ptr<TzRawFrameFilter> m_filter = std::make_shared<TzRawFrameFilter>();
-    std::unique_ptr<TzRawViewModel> m_model = [this] {
-        auto model = GetParam().makeModel(&m_manager);
-        model->setFilter(m_filter);
-        return model;
-    }();
-};
+using RawViewModel = RawViewModelFixture;
 
 INSTANTIATE_TEST_SUITE_P(Twins, RawViewModel, testing::ValuesIn(rawViewTwins),
                          [](const auto &test) { return std::string(test.param.name); });
@@ -187,135 +136,6 @@ TEST_P(RawViewModel, RefreshWithNothingVisibleAnnouncesNothing)
     m_model->onUpdateVisibleRow(0, 1);
     m_model->refreshVisibleRows();
     EXPECT_EQ(changed.count(), 0) << "the request was spent";
-}
-
-TEST_P(RawViewModel, AFoldedKeySeenOnceHasNoBrackets)
-{
-    fold();
-    show({rx(5, 1'000)});
-    EXPECT_EQ(m_model->index(0, 0).data(), QVariant(1));
-    EXPECT_EQ(timeText(0), m_manager.formatTimestamp(0, 1'000));
-}
-
-TEST_P(RawViewModel, AFoldedKeySeenTwiceInTheThirdRowReads3Of2)
-{
-    fold();
-    show({rx(1), rx(2), rx(3, 100'000), rx(3, 200'000)});
-    ASSERT_EQ(m_model->rowCount(), 3);
-    EXPECT_EQ(numberText(2), "3[2]");
-    EXPECT_EQ(timeText(2), m_manager.formatTimestamp(0, 200'000) + "[10.00]");
-}
-
-TEST_P(RawViewModel, AFoldedKeySeenTwiceAtOneTimeShowsNoCycle)
-{
-    fold();
-    show({rx(1, 500), rx(1, 500)});
-    EXPECT_EQ(numberText(0), "1[2]");
-    EXPECT_EQ(timeText(0), m_manager.formatTimestamp(0, 500));
-}
-
-TEST_P(RawViewModel, AFrameEvery100000TicksReads10Milliseconds)
-{
-    fold();
-    for (std::uint64_t n = 0; n < 20; ++n)
-        show({rx(1, n * 100'000)});
-    EXPECT_EQ(timeText(0), m_manager.formatTimestamp(0, 1'900'000) + "[10.00]");
-}
-
-TEST_P(RawViewModel, EqualIdsOfOtherDirectionChannelOrDeviceTakeRowsOfTheirOwn)
-{
-    fold();
-    show({rx(1), tx(1), from(0, 1, rx(1)), from(1, 0, rx(1)), rx(1)});
-    EXPECT_EQ(m_model->rowCount(), 4);
-    EXPECT_EQ(numberText(0), "1[2]");
-    EXPECT_EQ(numberText(1), "2");
-}
-
-TEST_P(RawViewModel, PayloadPlaysNoPartInFolding)
-{
-    fold();
-    TzVciMessage other = rx(1);
-    other.frame.can.data.fill(0x55);
-    show({rx(1), other});
-    EXPECT_EQ(m_model->rowCount(), 1);
-}
-
-TEST_P(RawViewModel, AFoldedRowShowsTheNewestFrameWithoutInsertion)
-{
-    fold();
-    show({rx(1, 100), rx(2, 100)});
-    QSignalSpy inserted(m_model.get(), &QAbstractItemModel::rowsInserted);
-    show({rx(1, 900)});
-    EXPECT_EQ(inserted.count(), 0);
-    EXPECT_EQ(m_model->rowCount(), 2);
-    EXPECT_TRUE(timeText(0).starts_with(m_manager.formatTimestamp(0, 900)));
-}
-
-TEST_P(RawViewModel, FoldingRebuildsOnTheNextTurnOfTheEventLoop)
-{
-    show({rx(2), rx(1), rx(2)});
-    QSignalSpy reset(m_model.get(), &QAbstractItemModel::modelReset);
-    m_model->setFold(true);
-    EXPECT_EQ(reset.count(), 0);
-    QCoreApplication::processEvents();
-    EXPECT_EQ(reset.count(), 1);
-    ASSERT_EQ(m_model->rowCount(), 2);
-    EXPECT_EQ(id(0), 2u) << "rows come in order of first appearance";
-    EXPECT_EQ(numberText(0), "1[2]");
-    m_model->setFold(true);
-    QCoreApplication::processEvents();
-    EXPECT_EQ(reset.count(), 1) << "an unchanged value does nothing";
-    fold(false);
-    EXPECT_EQ(m_model->rowCount(), 3);
-    EXPECT_EQ(numberText(0), "1");
-}
-
-TEST_P(RawViewModel, ATickBetweenTheSwitchAndTheRebuildDoesNoHarm)
-{
-    fold();
-    show({rx(1), rx(2), rx(3)});
-    m_model->setFold(false);
-    show(std::vector<TzVciMessage>(10, rx(4)));
-    m_model->setFold(true);
-    show({rx(1), rx(2), rx(3)});
-    QCoreApplication::processEvents();
-    ASSERT_EQ(m_model->rowCount(), 4);
-    EXPECT_EQ(numberText(3), "4[10]");
-    EXPECT_EQ(numberText(0), "1[2]");
-}
-
-TEST_P(RawViewModel, FoldedCountsComeFromTheFramesStillHeld)
-{
-    fold();
-    for (int batch = 0; batch < 4; ++batch)
-        show(std::vector<TzVciMessage>(5'000, rx(1)));
-    EXPECT_EQ(numberText(0), "1[20000]");
-    m_model->onFilter();
-    EXPECT_EQ(numberText(0), "1[10000]");
-}
-
-TEST_P(RawViewModel, AFoldedKeyThatFailsTheFilterStillCounts)
-{
-    filterIds("1");
-    fold();
-    show({rx(1), rx(2), rx(2), rx(2)});
-    ASSERT_EQ(m_model->rowCount(), 1);
-    m_filter->ids.setText(QStringLiteral("2")); // read by the next frame, without a rebuild
-    show({rx(2)});
-    ASSERT_EQ(m_model->rowCount(), 2);
-    EXPECT_EQ(id(1), 2u);
-    EXPECT_EQ(numberText(1), "2[4]");
-}
-
-TEST_P(RawViewModel, AChangedFilterShowsAFoldedKeyWithItsFullCount)
-{
-    filterIds("1");
-    fold();
-    show({rx(1), rx(2), rx(2)});
-    filterIds("2");
-    ASSERT_EQ(m_model->rowCount(), 1);
-    EXPECT_EQ(id(0), 2u);
-    EXPECT_EQ(numberText(0), "1[2]");
 }
 
 TEST_P(RawViewModel, AFilterHidesRowsButKeepsTheHistory)

@@ -51,20 +51,6 @@ private Q_SLOTS:
     void contextMenuHasItsEntries();
     void contextMenuActsLikeTheButtons_data() { twins(); }
     void contextMenuActsLikeTheButtons();
-    void visibleRowsFollowTheScrollBar_data() { twins(); }
-    void visibleRowsFollowTheScrollBar();
-    void tickTellsVisibleRowsWithoutScrolling_data() { twins(); }
-    void tickTellsVisibleRowsWithoutScrolling();
-    void viewAtItsEndFollowsNewRows_data() { twins(); }
-    void viewAtItsEndFollowsNewRows();
-    void smallerWindowKeepsFollowing_data() { twins(); }
-    void smallerWindowKeepsFollowing();
-    void closingStopsTheTimersAndDeletes_data() { twins(); }
-    void closingStopsTheTimersAndDeletes();
-    void stoppedTimersMoveNothing_data() { twins(); }
-    void stoppedTimersMoveNothing();
-    void framesMayArriveWhileChannelsChange_data() { twins(); }
-    void framesMayArriveWhileChannelsChange();
 
 private:
     static void twins();

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tests/support/QtTestMain.h"
+#include "tests/views/RawViewTicksTest.h"
 #include "tests/views/RawViewWindowTest.h"
 #include "tests/views/ViewFilterWidgetTest.h"
 
-TZ_QTEST_MAIN(TestViewFilterWidget, TestRawViewWindow)
+TZ_QTEST_MAIN(TestViewFilterWidget, TestRawViewWindow, TestRawViewTicks)
