@@ -28,8 +28,9 @@ class DatagramReceiver;
 /// Threads: the receive thread "vci-rx-N" runs both callbacks, so a callback delays further reception. Any thread may
 /// call send(), isConnected() and the counters, without a lock. connect() and disconnect() are called under the
 /// device's own mutex. From within a callback disconnect() ends the link but leaves the join to the next call,
-/// connect() is refused, and the link must not be destroyed. Errors: nothing throws; failures are logged here and told
-/// by the results.
+/// connect() is refused, and the link must not be destroyed.
+///
+/// Errors: nothing throws; failures are logged here and told by the results.
 class TzVciCommunication : public QObject
 {
     Q_OBJECT

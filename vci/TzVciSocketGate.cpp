@@ -26,8 +26,9 @@ void TzVciSocketGate::install(Common::platform::SharedSocket socket)
     slot->isFree.store(false, std::memory_order_relaxed);
     slot->socket = std::move(socket);
     slot->users.store(1, std::memory_order_release);
-    m_current.store(
-        slot); // sequentially consistent: a link that ends looks at its own flag and here, in the other order
+    // Sequentially consistent, here and in retire(): whoever ends a link clears its running flag and then looks here; a
+    // reconnecting thread puts its socket here and then looks at the flag. One of the two must see the other.
+    m_current.store(slot);
 }
 
 TzVciSocketGate::Use TzVciSocketGate::use() const noexcept
