@@ -156,7 +156,7 @@ std::uint8_t BoxProtocol::openLin(const Request &request)
     const std::uint32_t rate = wire::readU32(&request.payload[1]);
     if (request.payload[0] > 1 || rate == 0)
         return DeviceStatus::badValue;
-    lin[request.channel] = {.open = true, .master = request.payload[0] == 0, .rate = rate, .responses = {}};
+    lin[request.channel] = {.open = true, .master = request.payload[0] == 0, .rate = rate};
     return DeviceStatus::ok;
 }
 

@@ -27,8 +27,8 @@ struct LinChannelState
 {
     bool open = false;
     bool master = false;
-    std::uint32_t rate = 0;                     ///< bit/s
-    std::map<std::uint8_t, LinFrame> responses; ///< stored by the host, by identifier; forgotten at close
+    std::uint32_t rate = 0;                       ///< bit/s
+    std::map<std::uint8_t, LinFrame> responses{}; ///< stored by the host, by identifier; forgotten at close
     bool operator==(const LinChannelState &) const = default;
 };
 

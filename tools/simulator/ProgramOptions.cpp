@@ -107,7 +107,7 @@ bool ArgumentReader::read(std::span<const char *const> arguments)
             const auto option = table.find(name);
             if (option == table.end()) {
                 fail(fmt::format("{} is not an option", name));
-                break;
+                return false;
             }
             const bool hasValue = option->second.hasValue;
             if (hasValue && i + 1 == arguments.size()) {

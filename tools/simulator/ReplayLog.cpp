@@ -8,7 +8,8 @@
 
 #include <algorithm>
 #include <fstream>
-#include <iterator>
+#include <sstream>
+#include <system_error>
 
 namespace tzsim {
 
@@ -29,11 +30,16 @@ ReplayLog ReplayLog::parse(std::string_view text)
 std::optional<ReplayLog> ReplayLog::load(const std::filesystem::path &file, std::string &error)
 {
     std::ifstream stream(file, std::ios::binary);
-    const std::string text{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
-    if (!stream.is_open() || stream.bad()) {
+    std::ostringstream content;
+    std::error_code ignored;
+    const bool isFolder = std::filesystem::is_directory(file, ignored); // which opens, but throws when it is read
+    if (stream && !isFolder && stream.peek() != std::ifstream::traits_type::eof())
+        content << stream.rdbuf();
+    if (!stream.is_open() || isFolder || stream.bad() || content.bad()) {
         error = fmt::format("cannot read {}", file.string());
         return std::nullopt;
     }
+    const std::string text = std::move(content).str();
     ReplayLog log = parse(text);
     if (log.entries.empty()) {
         error = fmt::format("{} holds no frame of a candump or ASC log", file.string());

@@ -15,7 +15,7 @@ struct Request
     std::uint8_t command = 0;
     std::uint8_t channel = 0;
     std::uint8_t param = 0;
-    std::vector<std::uint8_t> payload;
+    std::vector<std::uint8_t> payload{};
     std::chrono::steady_clock::time_point at{};
 
     /// Compares what was asked, not when.

@@ -15,7 +15,7 @@ struct LoadSpec
 {
     double framesPerSecond = 1000; ///< of each channel
     std::vector<int> canChannels = {0};
-    std::vector<int> linChannels;
+    std::vector<int> linChannels{};
     std::uint8_t length = 8; ///< data bytes: 0 to 64 for CAN FD, cut to 8 for classic CAN and LIN
     std::uint8_t flags = 0;  ///< CanFlag values of the CAN frames
     std::uint32_t firstId = 0x100;
@@ -35,12 +35,12 @@ struct SignalSpec
 /// The play-back of a recorded log.
 struct ReplaySpec
 {
-    std::filesystem::path file; ///< candump log, or ASC; told apart by their content
-    double speed = 1.0;         ///< 2.0 plays twice as fast; 0 as fast as the link takes it
+    std::filesystem::path file{}; ///< candump log, or ASC; told apart by their content
+    double speed = 1.0;           ///< 2.0 plays twice as fast; 0 as fast as the link takes it
     bool loop = false;
     /// Channel of the log (counted from 0) to CAN or LIN channel of the box. A channel of the log that is not named
     /// keeps its number. Frames of channels that the box does not have are left out.
-    std::map<int, int> channelMap;
+    std::map<int, int> channelMap{};
 };
 
 } // namespace tzsim
