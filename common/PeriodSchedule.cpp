@@ -76,25 +76,24 @@ PeriodSchedule::Batch PeriodSchedule::begin(TimePoint now)
 {
     if (prepare() == TimePoint::max())
         return {};
-    Batch batch;
-    batch.datagrams = std::span(m_datagrams).first(m_datagramCount);
-    batch.frames = m_batch.size();
-    batch.lateness = now - m_batch.front()->due;
-    for (Frame *frame : m_batch) {
-        const auto missed = std::max<std::chrono::nanoseconds::rep>(0, (now - frame->due) / frame->period);
-        batch.skipped += static_cast<std::uint64_t>(missed);
-        frame->due += frame->period * (missed + 1);
-    }
+    // All that can wait is left to finish(): this is the way from the wake-up to the send.
     m_state = State::Sending;
-    return batch;
+    m_begun = now;
+    return {.datagrams = std::span(m_datagrams).first(m_datagramCount),
+            .frames = m_batch.size(),
+            .lateness = now - m_batch.front()->due};
 }
 
-void PeriodSchedule::finish()
+std::uint64_t PeriodSchedule::finish()
 {
-    m_state = State::Idle;
-    for (Frame *frame : m_batch)
-        push(frame);
-    m_batch.clear();
+    std::uint64_t skipped = 0;
+    for (Frame *frame : m_batch) {
+        const auto missed = (m_begun - frame->due) / frame->period;
+        skipped += static_cast<std::uint64_t>(missed);
+        frame->due += frame->period * (missed + 1);
+    }
+    returnToHeap();
+    return skipped;
 }
 
 bool PeriodSchedule::isLater(const Frame *left, const Frame *right) noexcept
@@ -125,7 +124,15 @@ PeriodSchedule::Frame *PeriodSchedule::pop()
 void PeriodSchedule::putBack()
 {
     if (m_state == State::Prepared)
-        finish();
+        returnToHeap();
+}
+
+void PeriodSchedule::returnToHeap()
+{
+    m_state = State::Idle;
+    for (Frame *frame : m_batch)
+        push(frame);
+    m_batch.clear();
 }
 
 void PeriodSchedule::buildDatagrams()

@@ -43,7 +43,6 @@ public:
     {
         std::span<const Datagram> datagrams; ///< valid until finish()
         std::uint64_t frames = 0;            ///< in all datagrams
-        std::uint64_t skipped = 0;           ///< sends that were left out because their time had passed
         std::chrono::nanoseconds lateness{}; ///< how long ago the batch was due
     };
 
@@ -61,7 +60,8 @@ public:
     /// Takes the prepared batch, to be sent at once. @p now must not be before prepare()'s result.
     Batch begin(TimePoint now);
     /// The batch was sent: its frames wait for their next due times.
-    void finish();
+    /// @return the number of sends that were left out because their time had passed before begin()
+    std::uint64_t finish();
 
     bool isSending() const noexcept { return m_state == State::Sending; }
     std::size_t frameCount() const noexcept { return m_frames.size(); }
@@ -88,6 +88,7 @@ private:
     void push(Frame *frame);
     Frame *pop();
     void putBack();
+    void returnToHeap();
     void buildDatagrams();
     void append(const std::vector<char> &bytes);
 
@@ -97,6 +98,7 @@ private:
     std::vector<Datagram> m_datagrams;                 // kept at their largest number, to allocate nothing when running
     std::size_t m_datagramCount = 0;                   // of m_datagrams, in use
     TimePoint m_gridStart;
+    TimePoint m_begun; // of the batch that is being sent
     std::uint64_t m_nextOrder = 0;
     State m_state = State::Idle;
 };

@@ -174,12 +174,11 @@ void PeriodSender::sendDueBatch(std::unique_lock<std::mutex> &lock, Clock::time_
     lock.unlock();
     const SendResult result = callback ? sendDatagrams(batch, *callback) : SendResult{};
     lock.lock();
-    m_schedule.finish();
+    m_statistics.skippedFrames += m_schedule.finish();
     ++m_batchNumber;
     m_statistics.frames += result.frames;
     m_statistics.datagrams += result.datagrams;
     m_statistics.failedDatagrams += result.failed;
-    m_statistics.skippedFrames += batch.skipped;
     m_statistics.maxLateness = std::max(m_statistics.maxLateness, batch.lateness);
     const auto skipped = m_statistics.skippedFrames;
     lock.unlock();

@@ -46,14 +46,13 @@ Sent sendAt(PeriodSchedule &schedule, TimePoint now)
 {
     const auto batch = schedule.begin(now);
     Sent sent;
-    sent.skipped = batch.skipped;
     sent.lateness = batch.lateness;
     for (const auto &datagram : batch.datagrams) {
         sent.datagrams.emplace_back(datagram.bytes.begin(), datagram.bytes.end());
         sent.counts.push_back(datagram.frameCount);
     }
     EXPECT_EQ(static_cast<std::uint64_t>(std::accumulate(sent.counts.begin(), sent.counts.end(), 0)), batch.frames);
-    schedule.finish();
+    sent.skipped = schedule.finish();
     return sent;
 }
 
