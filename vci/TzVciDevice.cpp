@@ -9,8 +9,6 @@
 #include "vci/TzVciProtocol.h"
 #include "vci/TzVciTypes.h"
 
-#include <QMetaObject>
-
 #include <utility>
 
 namespace {
@@ -43,6 +41,7 @@ TzVciDevice::TzVciDevice(TzVciDeviceStore *store, const TzVciNetwork &network, i
     , m_periodSender(std::make_unique<Common::PeriodSender>())
     , m_channels({*store, m_link, m_exchange, *m_periodSender, [this](std::uint8_t cmd) { notifyStatus(cmd); }})
 {
+    connect(this, &TzVciDevice::linkLost, this, &TzVciDevice::closeAfterLinkLoss, Qt::QueuedConnection);
     m_link.setDisconnectCallback([this] { handleLinkLoss(); });
     m_link.setDataCallback([this](const std::vector<TzVciProtocolData> &records) { handleRecords(records); });
     m_periodSender->setSendCallback(
@@ -189,14 +188,23 @@ void TzVciDevice::handleRecords(const std::vector<TzVciProtocolData> &records)
 // this thread keeps nothing, since the last one to let go destroys the device and would have to join itself.
 void TzVciDevice::handleLinkLoss()
 {
-    if (auto self = weak_from_this().lock())
-        QMetaObject::invokeMethod(
-            this, [device = std::move(self)] { device->closeAfterLinkLoss(); }, Qt::QueuedConnection);
+    {
+        const std::lock_guard lock(m_linkLossMutex);
+        m_aliveUntilClosed = weak_from_this().lock();
+        if (!m_aliveUntilClosed)
+            return; // it is being destroyed
+    }
+    Q_EMIT linkLost(QPrivateSignal());
 }
 
 // A device that never opened has nothing to close, and its index may belong to a new object by now.
 void TzVciDevice::closeAfterLinkLoss()
 {
+    std::shared_ptr<TzVciDevice> alive; // may be the last one to hold the device: it ends with this call
+    {
+        const std::lock_guard lock(m_linkLossMutex);
+        alive.swap(m_aliveUntilClosed);
+    }
     if (m_isOpen)
         close();
 }

@@ -76,6 +76,10 @@ public:
     TzVciDeviceBusLoad *busLoad() const noexcept { return m_busLoad.get(); }
     TzVciCommunication *communication() noexcept { return &m_link; } ///< for its counters and the senders
 
+Q_SIGNALS:
+    /// The link died by itself; emitted on the receive thread. The device closes itself on its own thread.
+    void linkLost(QPrivateSignal);
+
 private:
     void handleRecords(const std::vector<TzVciProtocolData> &records); // receive thread
     void handleLinkLoss();                                             // receive thread
@@ -88,7 +92,9 @@ private:
     const int m_ownIndex;           // as constructed, for what happens after close()
     std::atomic<int> m_deviceIndex; // -1 once it is closed
     std::atomic<bool> m_isOpen{false};
-    std::mutex m_deviceMutex; // one open() or close() at a time
+    std::mutex m_linkLossMutex;                      // protects m_aliveUntilClosed
+    std::shared_ptr<TzVciDevice> m_aliveUntilClosed; // while a lost link waits to be closed
+    std::mutex m_deviceMutex;                        // one open() or close() at a time
     TzVciSubscriberTable<int, std::uint8_t> m_statusSubscribers;
     TzVciSubscriberTable<const std::vector<TzVciMessage> &> m_canSubscribers;
     TzVciSubscriberTable<const std::vector<TzVciMessage> &> m_linSubscribers;

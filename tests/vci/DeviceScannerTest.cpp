@@ -8,8 +8,6 @@
 #include "vci/TzVciDeviceStore.h"
 #include "vci/TzVciScanWorker.h"
 
-#include <QSignalSpy>
-
 #include <chrono>
 #include <thread>
 
@@ -99,14 +97,16 @@ TEST_F(DeviceScanner, ScanLastsItsTime)
 TEST_F(DeviceScanner, AsyncScanTellsItsEnd)
 {
     DiscoveryResponder boxes(network, {{1, 1, 1}});
-    QSignalSpy finished(&scanner, &TzVciDeviceScanner::scanFinished);
+    Recorder<bool> finished;
+    QObject::connect(
+        &scanner, &TzVciDeviceScanner::scanFinished, &scanner, [&](bool foundAny) { finished.add(foundAny); },
+        Qt::DirectConnection);
     scanner.scanAsync(shortScanMs);
-    EXPECT_TRUE(waitFor([&] { return finished.count() == 1; }));
-    EXPECT_TRUE(finished.first().first().toBool());
+    EXPECT_TRUE(waitFor([&] { return finished.size() == 1; }));
     EXPECT_FALSE(scanner.isScanning());
     scanner.scanAsync(1); // the finished thread is joined first
-    EXPECT_TRUE(waitFor([&] { return finished.count() == 2; }));
-    EXPECT_FALSE(finished.last().first().toBool());
+    EXPECT_TRUE(waitFor([&] { return finished.size() == 2; }));
+    EXPECT_THAT(finished.values(), ElementsAre(true, false));
 }
 
 TEST_F(DeviceScanner, SecondScanIsRefusedWhileOneRuns)
