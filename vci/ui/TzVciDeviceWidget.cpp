@@ -18,19 +18,22 @@
 #include <QPointer>
 #include <QPushButton>
 #include <QSignalBlocker>
+#include <QTimer>
 
 #include <atomic>
+#include <chrono>
 #include <system_error>
 #include <thread>
 
 namespace {
+
+constexpr std::chrono::milliseconds scanPollInterval{20};
 
 /// Runs a scan on a thread of its own, joined here, while this thread paints and runs its timers; the user's clicks and
 /// keys are dropped meanwhile. When the program quits under it the scan is ended early.
 bool scanWhilePainting(TzVciDeviceScanner &scanner)
 {
     const TzVciInputBlocker blocker;
-    QEventLoop loop;
     std::atomic<bool> finished{false};
     bool foundAny = false; // read after the join
     std::thread thread;
@@ -39,12 +42,18 @@ bool scanWhilePainting(TzVciDeviceScanner &scanner)
             Common::setThreadName("vci-scan-dialog");
             foundAny = scanner.scan(tzVciScanTimeoutMs);
             finished = true;
-            QMetaObject::invokeMethod(&loop, &QEventLoop::quit, Qt::QueuedConnection);
         });
     } catch (const std::system_error &error) {
         Common::logError("Scan for devices cannot start: {}", error.what());
         return false;
     }
+    QEventLoop loop;
+    QTimer poll;
+    QObject::connect(&poll, &QTimer::timeout, &loop, [&] {
+        if (finished)
+            loop.quit();
+    });
+    poll.start(scanPollInterval);
     loop.exec();
     if (!finished)
         scanner.cancel();
