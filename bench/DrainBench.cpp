@@ -37,6 +37,7 @@ constexpr int channels = 8;
 constexpr int framesPerMillisecond = 16 * channels; // of one device: 16 000 frames/s a channel
 constexpr std::size_t batchSize = 32;               // what a receive thread delivers at once
 constexpr std::size_t views = tzMaxViews;
+constexpr std::chrono::milliseconds fillingTime{400}; // until then the models' queues take every frame
 constexpr std::chrono::seconds fullLoadTime{8};
 constexpr std::chrono::seconds sharedLoadTime{8};
 constexpr std::chrono::seconds settlingTime{3}; // until the models' bounded queues are full
@@ -172,7 +173,10 @@ private:
         const std::uint64_t before = delivered();
         const auto started = Clock::now();
         Producers producers(helper().inlet());
-        runEvents(settlingTime);
+        runEvents(fillingTime);
+        const auto fillingCpu = static_cast<double>(cpuNanoseconds(drain) - cpuBefore);
+        const auto filled = static_cast<double>(delivered() - before);
+        runEvents(settlingTime - fillingTime);
         const double settled = residentMiB();
         runEvents(fullLoadTime - settlingTime);
         producers.stop();
@@ -184,7 +188,8 @@ private:
         const auto count = static_cast<double>(producers.count());
         bool ok = report("drain_load", count / seconds, "frames/s", Want::AtLeast, 0.98 * 2'048'000);
         ok = report("drain_lost", count * views - handedOn, "frames", Want::AtMost, 0) && ok;
-        ok = report("drain_cost", cpu / handedOn, "ns/frame/view", Want::AtMost, 250) && ok;
+        ok = report("drain_cost", fillingCpu / filled, "ns/frame/view", Want::AtMost, 250) && ok;
+        ok = report("drain_cost_overloaded", cpu / handedOn, "ns/frame/view", Want::AtMost, 250) && ok;
         ok = report("drain_memory_growth", grown, "MiB", Want::AtMost, 64) && ok;
         return report("drain_memory", residentMiB(), "MiB", Want::AtMost, 1024) && ok;
     }
