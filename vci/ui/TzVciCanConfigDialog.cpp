@@ -154,6 +154,7 @@ void TzVciCanConfigDialog::buildLayout()
     setTabOrder(m_data.seg2, m_resistorCheck);
     setTabOrder(m_resistorCheck, m_applyButton);
     setTabOrder(m_applyButton, m_resetButton);
+    m_nominal.seg1->setFocus();
 }
 
 void TzVciCanConfigDialog::loadRecord()
