@@ -4,14 +4,13 @@
 #include "common/EmergencyStop.h"
 #include "common/Log.h"
 #include "common/Utils.h"
+#include "tests/common/FrameCounter.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/WaitFor.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <map>
-#include <numeric>
 #include <sched.h>
 #include <string>
 #include <thread>
@@ -19,6 +18,7 @@
 using Common::PeriodSender;
 using Common::SendFrame;
 using Common::Utils;
+using tztest::FrameCounter;
 using namespace std::chrono_literals;
 
 namespace {
@@ -42,45 +42,6 @@ std::vector<SendFrame> frames(std::initializer_list<SendFrame> list)
     return {list};
 }
 
-/// Counts what a sender hands over.
-class Receiver
-{
-public:
-    Common::SendCallback callback()
-    {
-        return [this](const std::vector<char> &bytes, int frameCount) {
-            const auto now = Clock::now();
-            const std::lock_guard lock(m_mutex);
-            if (bytes.size() != static_cast<std::size_t>(frameCount))
-                m_countsMatch = false;
-            for (const char letter : bytes)
-                m_times[letter].push_back(now);
-            return m_result.load();
-        };
-    }
-    std::size_t count(char letter) const { return times(letter).size(); }
-    std::vector<Clock::time_point> times(char letter) const
-    {
-        const std::lock_guard lock(m_mutex);
-        const auto found = m_times.find(letter);
-        return found == m_times.end() ? std::vector<Clock::time_point>{} : found->second;
-    }
-    std::size_t total() const
-    {
-        const std::lock_guard lock(m_mutex);
-        return std::accumulate(m_times.begin(), m_times.end(), std::size_t{0},
-                               [](std::size_t sum, const auto &entry) { return sum + entry.second.size(); });
-    }
-    bool countsMatch() const { return m_countsMatch; }
-    void setResult(int result) { m_result = result; }
-
-private:
-    mutable std::mutex m_mutex; // protects m_times
-    std::map<char, std::vector<Clock::time_point>> m_times;
-    std::atomic<bool> m_countsMatch{true};
-    std::atomic<int> m_result{0};
-};
-
 class PeriodSenderTest : public testing::Test
 {
 protected:
@@ -94,7 +55,7 @@ protected:
         EXPECT_EQ(receiver.count(letter), before) << letter;
     }
 
-    Receiver receiver;
+    FrameCounter receiver;
     PeriodSender sender;
 };
 
@@ -302,7 +263,7 @@ TEST_F(PeriodSenderTest, OldCallbackIsNotUsedAfterItWasReplaced)
 {
     ASSERT_EQ(sender.addFrame(frame('a', 1)), PeriodSender::Ok);
     ASSERT_TRUE(tztest::waitFor([&] { return receiver.count('a') > 0; }));
-    Receiver other;
+    FrameCounter other;
     sender.setSendCallback(other.callback());
     const auto before = receiver.count('a');
     ASSERT_TRUE(tztest::waitFor([&] { return other.count('a') > 3; }));
