@@ -128,7 +128,7 @@ void TestTzFrameDrain::aTakeYieldsAtMost2000Frames()
     QCOMPARE(queue.take(batch), std::size_t{2000});
     QCOMPARE(batch.size(), std::size_t{2000});
     QCOMPARE(queue.take(batch), std::size_t{1});
-    QCOMPARE(batch.front().timestamp, std::uint64_t{2000});
+    QCOMPARE(std::uint64_t{batch.front().timestamp}, std::uint64_t{2000});
     QCOMPARE(queue.take(batch), std::size_t{0});
 }
 
@@ -236,7 +236,7 @@ void TestTzFrameDrain::manyProducersLoseNothingAndKeepTheirOrder()
     QVERIFY(tztest::waitFor([&] { return collector.count() == producers * perProducer; }));
     std::array<std::uint64_t, producers> next{};
     for (const TzVciMessage &frame : collector.all()) {
-        QCOMPARE(frame.timestamp, next.at(frame.deviceIndex));
+        QCOMPARE(std::uint64_t{frame.timestamp}, next.at(frame.deviceIndex));
         ++next.at(frame.deviceIndex);
     }
 }

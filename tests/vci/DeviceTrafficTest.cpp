@@ -50,7 +50,7 @@ TEST_F(DeviceTraffic, CanFrameArrivesWithOriginAndTime)
     const TzVciMessage message = can.values()[0][0];
     EXPECT_EQ(message.deviceIndex, 0);
     EXPECT_EQ(message.channelIndex, 3);
-    EXPECT_EQ(message.timestamp, 0x1122334455667788U);
+    EXPECT_EQ(std::uint64_t{message.timestamp}, 0x1122334455667788U);
     EXPECT_EQ(message.frame.can.canId, 0x18DAF110U);
     EXPECT_EQ(message.frame.can.dataLength, 3);
     EXPECT_EQ(message.frame.can.data[2], 3);
@@ -67,7 +67,7 @@ TEST_F(DeviceTraffic, LinFrameArrivesFollowedByZeroes)
     ASSERT_EQ(lin.size(), 1U);
     const TzVciMessage message = lin.values()[0][0];
     EXPECT_EQ(message.channelIndex, 1);
-    EXPECT_EQ(message.timestamp, 0x0F0E0D0C0B0A0908U);
+    EXPECT_EQ(std::uint64_t{message.timestamp}, 0x0F0E0D0C0B0A0908U);
     EXPECT_EQ(message.frame.lin.data[7], 23);
     const auto *raw = reinterpret_cast<const std::uint8_t *>(&message.frame);
     EXPECT_TRUE(std::all_of(raw + 24, raw + 80, [](std::uint8_t byte) { return byte == 0; }));

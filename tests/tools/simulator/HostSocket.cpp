@@ -26,8 +26,8 @@ sockaddr_in toAddress(const std::string &address, std::uint16_t port)
 
 void append(Bytes &bytes, std::uint64_t value, int count)
 {
-    for (int i = 0; i < count; ++i)
-        bytes.push_back(static_cast<std::uint8_t>(value >> (8 * i)));
+    for (int i = 0; i < count; ++i, value >>= 8)
+        bytes.push_back(static_cast<std::uint8_t>(value));
 }
 
 } // namespace
