@@ -112,8 +112,6 @@ void TzVciDeviceWidget::buildLayout()
     layout->setSpacing(8);
     layout->addLayout(buttons);
     layout->addWidget(m_list, 1);
-    setTabOrder(m_scanButton, m_addButton);
-    setTabOrder(m_addButton, m_list);
     m_list->setFocus();
 }
 
