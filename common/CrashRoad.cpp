@@ -279,6 +279,7 @@ void CrashRoad::runHook()
     if (!m_quit.load()) {
         if (void (*const hook)() = m_hook.load())
             callGuarded("crash hook", hook);
+        callGuarded("end of the log", logStop); // a hook that threw may not have come to it
         m_hookEnded.set();
         platform::parkForever();
     }

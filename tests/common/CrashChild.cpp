@@ -11,6 +11,7 @@
 #include <atomic>
 #include <chrono>
 #include <csignal>
+#include <cstdint>
 #include <cstdlib>
 #include <functional>
 #include <map>
@@ -72,10 +73,15 @@ void exitingHook()
     std::exit(7); // NOLINT(concurrency-mt-unsafe): the point of the test
 }
 
+// The lowest page of the address space is never mapped.
+void faultAt(std::uintptr_t address)
+{
+    *reinterpret_cast<volatile int *>(address) = 1; // NOLINT: a fault is wanted
+}
+
 void fault()
 {
-    // Of another thread, too, the address space below 4096 is never mapped.
-    *reinterpret_cast<volatile int *>(sizeof(int)) = 1; // NOLINT: a fault is wanted
+    faultAt(sizeof(int));
 }
 
 // Big frames, not to be optimised into a loop.
@@ -118,8 +124,8 @@ void waitForSignal(std::function<void()> callback, std::chrono::milliseconds lim
 // A second thread crashes while the first one's crash is worked on.
 void crashTwice()
 {
-    std::thread first(fault);
-    std::thread second(fault);
+    std::thread first(faultAt, 0x100);
+    std::thread second(faultAt, 0x200);
     first.join();
     second.join();
 }

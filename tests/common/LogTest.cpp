@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include <QFile>
+#include <QRegularExpression>
 
 #include <array>
 #include <atomic>
@@ -17,7 +18,6 @@
 #include <filesystem>
 #include <fstream>
 #include <future>
-#include <regex>
 #include <sstream>
 #include <thread>
 #include <vector>
@@ -85,8 +85,9 @@ TEST_F(Log, WritesLinesWithTimeLevelAndText)
     writeOneOfEachLevel();
     Common::logStop();
     EXPECT_THAT(textsOf(logFile), ElementsAre("[debug] text 0", "[info] text 1", "[warning] text 2", "[error] text 3"));
-    const std::regex form(R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3} \[info\] text 1)");
-    EXPECT_TRUE(std::regex_match(linesOf(logFile).at(1), form)) << linesOf(logFile).at(1);
+    const QRegularExpression form(
+        QStringLiteral("^\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d\\.\\d{3} \\[info\\] text 1$"));
+    EXPECT_TRUE(form.match(QString::fromStdString(linesOf(logFile).at(1))).hasMatch()) << linesOf(logFile).at(1);
 }
 
 TEST_F(Log, StartMakesTheFolderAndInitTouchesNothing)
