@@ -11,8 +11,10 @@ function(tz_common_settings target)
     target_compile_definitions(${target} PRIVATE QT_NO_KEYWORDS QT_NO_CAST_TO_ASCII)
     if(TZ_SANITIZE)
         target_compile_options(${target} PRIVATE -fsanitize=${TZ_SANITIZE} -fno-omit-frame-pointer)
-        # GCC 12 takes instrumented library code for code that reads what nobody wrote.
-        target_compile_options(${target} PRIVATE -Wno-maybe-uninitialized)
+        if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+            # GCC 12 takes instrumented library code for code that reads what nobody wrote.
+            target_compile_options(${target} PRIVATE -Wno-maybe-uninitialized)
+        endif()
         if(TZ_SANITIZE MATCHES "undefined")
             target_compile_options(${target} PRIVATE -fno-sanitize-recover=undefined)
         endif()
