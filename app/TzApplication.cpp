@@ -1,10 +1,26 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/TzApplication.h"
 
+#include <QEvent>
+#include <QThread>
+
+#include <memory>
 #include <utility>
+
+namespace {
+
+QEvent::Type endEventType()
+{
+    static const auto type = static_cast<QEvent::Type>(QEvent::registerEventType());
+    return type;
+}
+
+} // namespace
 
 bool TzApplication::notify(QObject *receiver, QEvent *event)
 {
+    // Pairs with postEnd(). The toolkit's own lock orders the two already, but thread sanitizers cannot see into it.
+    m_endsPosted.load(std::memory_order_acquire);
     try {
         return QApplication::notify(receiver, event);
     } catch (...) {
@@ -21,7 +37,32 @@ void TzApplication::keepException()
             m_exception = std::current_exception();
     }
     m_failed.store(true);
-    QMetaObject::invokeMethod(this, &TzApplication::end, Qt::QueuedConnection); // a handler may run on another thread
+    if (QThread::currentThread() == thread())
+        end();
+    else
+        postEnd();
+}
+
+void TzApplication::requestEnd()
+{
+    postEnd();
+}
+
+void TzApplication::postEnd()
+{
+    auto order = std::make_unique<QEvent>(endEventType());
+    m_endsPosted.fetch_add(1, std::memory_order_release);
+    postEvent(this, order.release());
+}
+
+bool TzApplication::event(QEvent *event)
+{
+    if (event->type() != endEventType())
+        return QApplication::event(event);
+    if (!hasFailed())
+        Q_EMIT endRequested();
+    end();
+    return true;
 }
 
 void TzApplication::end()

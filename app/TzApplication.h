@@ -23,14 +23,25 @@ public:
     int run();
     /// Ends all event loops, also for a run() that has not begun. UI thread only.
     void end();
+    /// Orders the end from any thread: endRequested(), then end(), on the UI thread.
+    void requestEnd();
     /// Whether an exception has been kept that run() has not thrown yet.
     bool hasFailed() const { return m_failed.load(); }
 
+Q_SIGNALS:
+    /// The program is told to end, and does so when the receivers return. Emitted on the UI thread.
+    void endRequested();
+
+protected:
+    bool event(QEvent *event) override;
+
 private:
     void keepException();
+    void postEnd();
 
     std::mutex m_mutex; // protects m_exception
     std::exception_ptr m_exception;
     std::atomic<bool> m_failed{false};
     std::atomic<bool> m_ending{false};
+    std::atomic<unsigned> m_endsPosted{0};
 };

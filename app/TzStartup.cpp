@@ -21,7 +21,6 @@
 #include <QIcon>
 #include <QMessageBox>
 #include <QMetaType>
-#include <QPointer>
 
 #include <cstdlib>
 #include <exception>
@@ -43,7 +42,6 @@ void showFailure(const QString &title, const QString &text)
 /// The ways to an end that nobody asked the user about.
 void watchForEnd(TzApplication &application, TZBenchWindow &window)
 {
-    const QPointer<TZBenchWindow> guarded(&window);
     QObject::connect(&application, &QCoreApplication::aboutToQuit, &window, [&application, &window] {
         if (application.hasFailed())
             return; // the crash hook closes the devices
@@ -53,14 +51,8 @@ void watchForEnd(TzApplication &application, TZBenchWindow &window)
         });
         window.closeWithoutQuestion();
     });
-    Common::CrashHandler::setTerminationCallback([&application, guarded] {
-        const auto end = [&application, guarded] {
-            if (guarded)
-                guarded->closeWithoutQuestion();
-            application.end();
-        };
-        QMetaObject::invokeMethod(&application, end, Qt::QueuedConnection);
-    });
+    QObject::connect(&application, &TzApplication::endRequested, &window, &TZBenchWindow::closeWithoutQuestion);
+    Common::CrashHandler::setTerminationCallback([&application] { application.requestEnd(); });
 }
 
 } // namespace

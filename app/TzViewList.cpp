@@ -7,28 +7,29 @@
 #include <QCoreApplication>
 
 #include <algorithm>
+#include <mutex>
 
 void TzViewList::append(TzVciBaseViewWindow *view)
 {
-    const QWriteLocker lock(&m_lock);
+    const std::unique_lock lock(m_mutex);
     m_views.push_back(view);
 }
 
 bool TzViewList::remove(const QObject *view)
 {
-    const QWriteLocker lock(&m_lock);
+    const std::unique_lock lock(m_mutex);
     return std::erase_if(m_views, [view](const TzVciBaseViewWindow *listed) { return listed == view; }) > 0;
 }
 
 std::vector<TzVciBaseViewWindow *> TzViewList::views() const
 {
-    const QReadLocker lock(&m_lock);
+    const std::shared_lock lock(m_mutex);
     return m_views;
 }
 
 bool TzViewList::hasFamily(std::uint8_t protocol) const
 {
-    const QReadLocker lock(&m_lock);
+    const std::shared_lock lock(m_mutex);
     return std::any_of(m_views.begin(), m_views.end(), [protocol](const TzVciBaseViewWindow *view) {
         return TzVciViewKind::familyProtocol(view->viewKind()) == protocol;
     });
@@ -36,7 +37,7 @@ bool TzViewList::hasFamily(std::uint8_t protocol) const
 
 void TzViewList::deliver(std::uint8_t protocol, const std::vector<TzVciMessage> &batch) const
 {
-    const QReadLocker lock(&m_lock);
+    const std::shared_lock lock(m_mutex);
     for (TzVciBaseViewWindow *view : m_views) {
         if (TzVciViewKind::familyProtocol(view->viewKind()) == protocol)
             view->onReceivedMessages(batch);

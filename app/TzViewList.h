@@ -3,10 +3,10 @@
 
 #include "vci/TzVciMessage.h"
 
-#include <QReadWriteLock>
 #include <QString>
 
 #include <cstdint>
+#include <shared_mutex>
 #include <vector>
 
 class QObject;
@@ -37,6 +37,6 @@ public:
     static QString title(int number, std::uint8_t kind);
 
 private:
-    mutable QReadWriteLock m_lock; // protects m_views
+    mutable std::shared_mutex m_mutex; // protects m_views
     std::vector<TzVciBaseViewWindow *> m_views;
 };

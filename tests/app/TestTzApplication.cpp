@@ -6,12 +6,12 @@
 
 #include <QDialog>
 #include <QMessageBox>
-#include <QThread>
 #include <QTimer>
 #include <QtTest>
 
 #include <stdexcept>
 #include <string>
+#include <thread>
 
 namespace {
 
@@ -32,6 +32,12 @@ std::string runForFailure()
     }
     return {};
 }
+
+class ThrowingObject : public QObject
+{
+public:
+    bool event(QEvent *) override { throw std::runtime_error("elsewhere"); }
+};
 
 void throwLater(const char *text)
 {
@@ -71,15 +77,24 @@ void TestTzApplication::anythingThrownIsKept()
 
 void TestTzApplication::anExceptionOnAnotherThreadComesOutOfRun()
 {
-    QThread thread;
-    QObject worker;
-    worker.moveToThread(&thread);
-    thread.start();
-    QMetaObject::invokeMethod(
-        &worker, [] { throw std::runtime_error("elsewhere"); }, Qt::QueuedConnection);
+    std::thread thread([] {
+        ThrowingObject receiver;
+        QEvent event(QEvent::User);
+        application().notify(&receiver, &event);
+    });
     QCOMPARE(runForFailure(), std::string("elsewhere"));
-    thread.quit();
-    thread.wait();
+    thread.join();
+}
+
+void TestTzApplication::anEndRequestedOnAnotherThreadIsAnnouncedAndEndsTheLoop()
+{
+    int announced = 0;
+    const auto connection = connect(&application(), &TzApplication::endRequested, this, [&] { ++announced; });
+    std::thread thread([] { application().requestEnd(); });
+    QCOMPARE(application().run(), 0);
+    thread.join();
+    disconnect(connection);
+    QCOMPARE(announced, 1);
 }
 
 void TestTzApplication::aMessageBoxShowsAfterAnException()

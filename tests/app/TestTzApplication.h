@@ -12,6 +12,7 @@ private Q_SLOTS:
     void theFirstOfSeveralExceptionsIsKept();
     void anythingThrownIsKept();
     void anExceptionOnAnotherThreadComesOutOfRun();
+    void anEndRequestedOnAnotherThreadIsAnnouncedAndEndsTheLoop();
     void aMessageBoxShowsAfterAnException();
     void anEndOrderedBeforeTheLoopEndsItAtOnce();
 };
