@@ -183,8 +183,15 @@ void BoxEngine::handleDatagram(std::span<const std::uint8_t> datagram, bool trun
 
     Delivery delivery(m_buses);
     wire::HostFrameReader reader(datagram);
+    bool malformed = false;
+    // Counted before the frame behind it is answered, so that whoever has the answer sees it counted.
+    const auto countMalformed = [&](BoxState &s) {
+        s.counters.malformed += reader.malformed() && !malformed ? 1 : 0;
+        malformed = reader.malformed();
+    };
     while (const auto frame = reader.next()) {
         access([&](BoxState &s) {
+            countMalformed(s);
             s.noteHost(from, datagram.size());
             ++s.counters.framesIn;
             ++s.hostTotals.rxFrames;
@@ -197,8 +204,7 @@ void BoxEngine::handleDatagram(std::span<const std::uint8_t> datagram, bool trun
         else
             handleRequest(*frame, from);
     }
-    if (reader.malformed())
-        access([](BoxState &s) { ++s.counters.malformed; });
+    access(countMalformed);
 }
 
 void BoxEngine::handleRequest(const wire::HostFrame &frame, const sockaddr_in &from)

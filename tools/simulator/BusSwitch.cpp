@@ -5,20 +5,30 @@
 
 namespace tzsim {
 
-const BusMembers &BusTopology::members(const ChannelRef &ref) const
-{
-    static const BusMembers none;
-    const BusMembers *bus = const_cast<BusTopology *>(this)->slot(ref); // slot() itself changes nothing
-    return bus ? *bus : none;
-}
+namespace {
 
-BusMembers *BusTopology::slot(const ChannelRef &ref)
+// For a topology that is read and one that is made alike; null for a channel that does not exist.
+template <typename Boxes> auto findChannel(Boxes &boxes, const ChannelRef &ref) -> decltype(boxes[0][0].data())
 {
     if (ref.box < 0 || ref.box >= maxBoxes || ref.channel < 0)
         return nullptr;
-    auto &channels = m_members[static_cast<std::size_t>(ref.box)][ref.family == Family::can ? 0 : 1];
+    auto &channels = boxes[static_cast<std::size_t>(ref.box)][ref.family == Family::can ? 0 : 1];
     const auto channel = static_cast<std::size_t>(ref.channel);
     return channel < channels.size() ? &channels[channel] : nullptr;
+}
+
+} // namespace
+
+const BusMembers &BusTopology::members(const ChannelRef &ref) const
+{
+    static const BusMembers none;
+    const BusMembers *bus = findChannel(m_members, ref);
+    return bus ? *bus : none;
+}
+
+BusMembers *BusTopology::find(const ChannelRef &ref)
+{
+    return findChannel(m_members, ref);
 }
 
 BusSwitch::BusSwitch()
@@ -47,7 +57,7 @@ bool BusSwitch::join(std::span<const ChannelRef> channels)
     auto topology = std::make_shared<BusTopology>(*m_topology);
     BusMembers bus;
     for (const ChannelRef &ref : channels) {
-        const BusMembers *joined = topology->slot(ref);
+        const BusMembers *joined = topology->find(ref);
         if (!joined || ref.family != channels.front().family)
             return false;
         bus.insert(bus.end(), joined->begin(), joined->end());
@@ -57,7 +67,7 @@ bool BusSwitch::join(std::span<const ChannelRef> channels)
     std::sort(bus.begin(), bus.end(), byRef);
     bus.erase(std::unique(bus.begin(), bus.end(), sameRef), bus.end());
     for (const BusPort &port : bus)
-        *topology->slot(port.ref) = bus;
+        *topology->find(port.ref) = bus;
     m_topology = std::move(topology);
     return true;
 }

@@ -34,7 +34,7 @@ public:
 
 private:
     friend class BusSwitch;
-    BusMembers *slot(const ChannelRef &ref);
+    BusMembers *find(const ChannelRef &ref);
     std::array<std::array<std::vector<BusMembers>, 2>, maxBoxes> m_members; // by box, family, channel
 };
 

@@ -233,7 +233,8 @@ void ArgumentReader::addReplay(const std::string &text)
     const auto boxes = takeBoxes(spec);
     replay.loop = spec.takeFlag("loop");
     replay.speed = spec.takeReal("speed", 1.0);
-    for (const std::string_view pair : SpecText::split(spec.takeText("map").value_or(""), '+')) {
+    const std::string map = spec.takeText("map").value_or("");
+    for (const std::string_view pair : SpecText::split(map, '+')) {
         const auto sides = SpecText::split(pair, ':');
         const auto from = SpecText::number(sides[0], 255);
         const auto to = sides.size() == 2 ? SpecText::number(sides[1], 255) : std::nullopt;

@@ -170,7 +170,7 @@ Bytes canTransmit(std::uint8_t channel, std::uint32_t id, std::uint8_t flags, co
     append(payload, id, 4);
     append(payload, data.size(), 1);
     append(payload, flags, 1);
-    append(payload, 0, 10);
+    payload.resize(16); // reserved byte, type and time are the box's to fill
     payload.insert(payload.end(), data.begin(), data.end());
     return hostFrame(1, 0x30, channel, 0, payload);
 }

@@ -211,6 +211,12 @@ TEST_F(SimulatorProgram, AnswersPrintsItsCountersAndEndsOnSigterm)
     ::kill(static_cast<pid_t>(process.processId()), SIGUSR1);
     EXPECT_TRUE(sees("box 0 CAN1 open: "));
     host.send(hostFrame(1, 0x20, 0, 0));
+    for (bool closed = false; !closed;) { // behind the traffic that is on its way
+        const Bytes datagram = host.receiveBytes();
+        ASSERT_FALSE(datagram.empty());
+        for (const BoxFrame &frame : split(datagram))
+            closed |= frame.command == 0x20;
+    }
     // The file is written each second, not only at the end.
     EXPECT_TRUE(tztest::waitFor([&] { return QFile::exists(dir.filePath("stats.json")); }));
     EXPECT_TRUE(end(SIGTERM));
