@@ -11,6 +11,7 @@
 #include <spdlog/sinks/stdout_sinks.h>
 
 #include <chrono>
+#include <optional>
 #include <stdexcept>
 
 namespace Common {
@@ -49,30 +50,53 @@ public:
     {
         m_target->log(message);
         const bool idle = m_queue->queue_size() == 0;
-        reportLoss(message.time, idle);
+        noteLoss(message.time, idle);
         if (idle)
             m_target->flush();
     }
-    void flush() override { m_target->flush(); }
+    // Asked for once, at the end.
+    void flush() override
+    {
+        if (lost() > 0)
+            reportLoss();
+        m_target->flush();
+    }
     void set_pattern(const std::string &) override {} // one form for all
     void set_formatter(std::unique_ptr<spdlog::formatter>) override {}
 
 private:
-    void reportLoss(spdlog::log_clock::time_point now, bool idle)
+    using Time = spdlog::log_clock::time_point;
+
+    std::size_t lost() const { return m_queue->overrun_counter() - m_reported; }
+
+    // Tells a loss when the burst is over, in a lasting overload once in the interval.
+    void noteLoss(Time now, bool idle)
     {
-        const std::size_t lost = m_queue->overrun_counter();
-        if (lost == m_reported || (!idle && now - m_lastReport < lossReportInterval))
+        if (lost() == 0)
             return;
-        const std::string text = fmt::format("The log was overloaded: {} lines lost", lost - m_reported);
-        m_target->log(spdlog::details::log_msg(spdlog::source_loc{}, {}, spdlog::level::warn, text));
-        m_reported = lost;
+        if (!m_lossSince)
+            m_lossSince = now;
+        const bool isOver = idle || now - *m_lossSince >= lossReportInterval;
+        if (!isOver || now - m_lastReport < lossReportInterval)
+            return;
+        reportLoss();
+        m_lossSince.reset();
         m_lastReport = now;
+    }
+
+    void reportLoss()
+    {
+        const std::size_t count = lost();
+        const std::string text = fmt::format("The log was overloaded: {} lines lost", count);
+        m_target->log(spdlog::details::log_msg(spdlog::source_loc{}, {}, spdlog::level::warn, text));
+        m_reported += count;
     }
 
     std::shared_ptr<spdlog::sinks::sink> m_target;
     spdlog::details::thread_pool *m_queue; // outlives its own thread, which alone comes here
     std::size_t m_reported = 0;
-    spdlog::log_clock::time_point m_lastReport{};
+    std::optional<Time> m_lossSince;
+    Time m_lastReport{};
 };
 
 } // namespace
@@ -100,6 +124,7 @@ LogBackend::LogBackend(std::unique_ptr<Impl> impl)
 // The queue's destructor works off what waits before it joins its thread. The logger only refers to it weakly.
 LogBackend::~LogBackend()
 {
+    m_impl->logger->flush(); // behind all that waits
     m_impl->queue.reset();
 }
 

@@ -18,7 +18,8 @@ struct LogSettings
 
 /// The written side of the log: a bounded queue and the thread "tz-log" that empties it into a rotating file or to the
 /// console. A full queue drops its oldest lines; once the queue is empty again, or after a second of overload, one
-/// warning tells how many were lost. The destructor writes out what waits and joins.
+/// warning tells how many were lost, at most once a second and at the end. The destructor writes out what waits and
+/// joins.
 class LogBackend
 {
 public:
