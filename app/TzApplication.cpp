@@ -1,26 +1,18 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/TzApplication.h"
 
-#include <QEvent>
 #include <QThread>
 
-#include <memory>
 #include <utility>
 
-namespace {
-
-QEvent::Type endEventType()
+TzApplication::TzApplication(int &argc, char **argv)
+    : QApplication(argc, argv)
 {
-    static const auto type = static_cast<QEvent::Type>(QEvent::registerEventType());
-    return type;
+    connect(&m_endNotifier, &QSocketNotifier::activated, this, &TzApplication::onEndOrdered);
 }
-
-} // namespace
 
 bool TzApplication::notify(QObject *receiver, QEvent *event)
 {
-    // Pairs with postEnd(). The toolkit's own lock orders the two already, but thread sanitizers cannot see into it.
-    m_endsPosted.load(std::memory_order_acquire);
     try {
         return QApplication::notify(receiver, event);
     } catch (...) {
@@ -40,29 +32,20 @@ void TzApplication::keepException()
     if (QThread::currentThread() == thread())
         end();
     else
-        postEnd();
+        requestEnd();
 }
 
 void TzApplication::requestEnd()
 {
-    postEnd();
+    m_endOrder.set();
 }
 
-void TzApplication::postEnd()
+void TzApplication::onEndOrdered()
 {
-    auto order = std::make_unique<QEvent>(endEventType());
-    m_endsPosted.fetch_add(1, std::memory_order_release);
-    postEvent(this, order.release());
-}
-
-bool TzApplication::event(QEvent *event)
-{
-    if (event->type() != endEventType())
-        return QApplication::event(event);
+    m_endOrder.wait(std::chrono::milliseconds(0)); // takes it
     if (!hasFailed())
         Q_EMIT endRequested();
     end();
-    return true;
 }
 
 void TzApplication::end()

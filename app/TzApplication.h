@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "common/platform/WakeEvent.h"
+
 #include <QApplication>
+#include <QSocketNotifier>
 
 #include <atomic>
 #include <exception>
@@ -13,7 +16,8 @@ class TzApplication : public QApplication
 {
     Q_OBJECT
 public:
-    using QApplication::QApplication;
+    /// @param argc  must live as long as the application, as for the toolkit's own
+    TzApplication(int &argc, char **argv);
 
     /// Catches what a handler of @p event throws. Any thread that has an event loop.
     bool notify(QObject *receiver, QEvent *event) override;
@@ -32,16 +36,14 @@ Q_SIGNALS:
     /// The program is told to end, and does so when the receivers return. Emitted on the UI thread.
     void endRequested();
 
-protected:
-    bool event(QEvent *event) override;
-
 private:
     void keepException();
-    void postEnd();
+    void onEndOrdered();
 
     std::mutex m_mutex; // protects m_exception
     std::exception_ptr m_exception;
     std::atomic<bool> m_failed{false};
     std::atomic<bool> m_ending{false};
-    std::atomic<unsigned> m_endsPosted{0};
+    Common::platform::WakeEvent m_endOrder;
+    QSocketNotifier m_endNotifier{m_endOrder.descriptor(), QSocketNotifier::Read};
 };
