@@ -99,9 +99,16 @@ Entry *entryToArm(Slot &slot, std::uint16_t channelKey)
     return unused;
 }
 
+// After the socket was taken out: a fire() that is sending on it, and never waits itself, comes to its end.
+void waitForUsers(const Slot &slot)
+{
+    while (slot.users.load() != 0)
+        std::this_thread::yield();
+}
+
 void fireSlot(Slot &slot) noexcept
 {
-    slot.users.fetch_add(1); // before the socket is read: releaseSlot() waits for it after taking the socket out
+    slot.users.fetch_add(1); // before the socket is read: waitForUsers() follows the taking out
     const int socket = slot.socket.load();
     if (socket >= 0) {
         for (const Entry &entry : slot.entries) {
@@ -130,6 +137,15 @@ int acquireSlot(int socket)
     return -1;
 }
 
+bool replaceSocket(int slot, int oldSocket, int newSocket)
+{
+    Slot *const changed = slotAt(slot);
+    if (!changed || oldSocket < 0 || newSocket < 0 || !changed->socket.compare_exchange_strong(oldSocket, newSocket))
+        return false;
+    waitForUsers(*changed);
+    return true;
+}
+
 void releaseSlot(int slot)
 {
     Slot *const released = slotAt(slot);
@@ -138,8 +154,7 @@ void releaseSlot(int slot)
     int socket = released->socket.load();
     if (socket < 0 || !released->socket.compare_exchange_strong(socket, closingSocket))
         return;
-    while (released->users.load() != 0) // a fire() that is sending, and never waits itself
-        std::this_thread::yield();
+    waitForUsers(*released);
     for (Entry &entry : released->entries) {
         if (entry.isUsed())
             entry.clear();

@@ -8,7 +8,8 @@
 /// What is left to do on the bus when the process dies: ready-made datagrams that close every open channel, and a flag
 /// that stops all senders. No function takes a lock or allocates, so that fire() works whatever a crashed thread holds.
 ///
-/// Threads: fire() and fired() from any thread at any time; acquireSlot() and releaseSlot() from any thread; arm() and
+/// Threads: fire() and fired() from any thread at any time; acquireSlot(), replaceSocket() and releaseSlot() from any
+/// thread; arm() and
 /// disarm() of one slot by one thread at a time (the device's own mutex sees to that).
 namespace Common::EmergencyStop {
 
@@ -18,6 +19,9 @@ inline constexpr std::size_t maxDatagramSize = 32; ///< bytes of one close datag
 
 /// Takes a slot for a connected socket. @return the slot, or -1 when none is left or the socket is negative
 int acquireSlot(int socket);
+/// Puts a new connected socket in the place of the slot's own and keeps the datagrams. The old one is still open; once
+/// this has returned fire() no longer touches it. @return false, with nothing changed, if the slot does not hold it
+bool replaceSocket(int slot, int oldSocket, int newSocket);
 /// Gives the slot back and forgets its datagrams. Once it has returned fire() no longer touches the socket, which may
 /// then be closed. A slot of -1 is ignored, as in arm() and disarm().
 void releaseSlot(int slot);

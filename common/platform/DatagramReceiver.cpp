@@ -61,7 +61,9 @@ void DatagramReceiver::noteDrops(int count) noexcept
         msghdr &header = m_buffers->messages[static_cast<std::size_t>(i)].msg_hdr;
         const cmsghdr *control = CMSG_FIRSTHDR(&header);
         if (control && control->cmsg_level == SOL_SOCKET && control->cmsg_type == SO_RXQ_OVFL) {
-            std::memcpy(&m_dropped, CMSG_DATA(control), sizeof(m_dropped));
+            std::uint32_t dropped = 0;
+            std::memcpy(&dropped, CMSG_DATA(control), sizeof(dropped));
+            noteDropped(dropped);
             return;
         }
     }
@@ -73,7 +75,14 @@ void DatagramReceiver::updateDroppedDatagrams(int descriptor) noexcept
     socklen_t size = sizeof(info);
     if (::getsockopt(descriptor, SOL_SOCKET, SO_MEMINFO, info.data(), &size) == 0 &&
         size > SK_MEMINFO_DROPS * sizeof(std::uint32_t))
-        m_dropped = info[SK_MEMINFO_DROPS];
+        noteDropped(info[SK_MEMINFO_DROPS]);
+}
+
+// What was asked of the system directly is ahead of the datagrams that still waited then: the count never goes back.
+void DatagramReceiver::noteDropped(std::uint32_t dropped) noexcept
+{
+    if (static_cast<std::int32_t>(dropped - m_dropped) > 0) // right across the wrap
+        m_dropped = dropped;
 }
 
 } // namespace Common::platform

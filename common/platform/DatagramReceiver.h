@@ -28,10 +28,11 @@ public:
     /// A datagram of the last receive(), valid until the next. @param index  below the number returned
     std::span<const std::uint8_t> datagram(int index) const noexcept;
     /// Datagrams that the system has dropped on this socket so far because its receive buffer was full, as far as the
-    /// last receive() told. Wraps at 32 bits. Needs SharedSocket::countDrops().
+    /// last receive() told. Never goes back but by its wrap at 32 bits. Needs SharedSocket::countDrops().
     std::uint32_t droppedDatagrams() const noexcept { return m_dropped; }
 
-    /// Asks the system for the same count directly, for a socket on which nothing more arrives.
+    /// Asks the system for the same count directly: on a socket on which nothing more arrives, or at its end, for what
+    /// was dropped behind datagrams that nobody will read.
     void updateDroppedDatagrams(int descriptor) noexcept;
     /// To be called when the next receive() takes another socket, whose count begins at 0.
     void forgetDroppedDatagrams() noexcept { m_dropped = 0; }
@@ -39,6 +40,7 @@ public:
 private:
     struct Buffers; // the system's own structures stay out of this header
     void noteDrops(int count) noexcept;
+    void noteDropped(std::uint32_t dropped) noexcept;
 
     std::unique_ptr<Buffers> m_buffers;
     std::uint32_t m_dropped = 0;

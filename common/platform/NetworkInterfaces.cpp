@@ -4,6 +4,7 @@
 #include <array>
 #include <cstring>
 #include <memory>
+#include <string_view>
 
 #include <arpa/inet.h>
 #include <ifaddrs.h>
@@ -11,6 +12,16 @@
 #include <netinet/in.h>
 
 namespace Common::platform {
+
+namespace {
+
+// An address may have a label of its own, "eth0:1" on eth0, and the system tells that in the place of the name.
+std::string interfaceOfLabel(std::string_view label)
+{
+    return std::string(label.substr(0, label.find(':')));
+}
+
+} // namespace
 
 std::vector<InterfaceAddress> activeIPv4Addresses()
 {
@@ -27,7 +38,8 @@ std::vector<InterfaceAddress> activeIPv4Addresses()
         std::memcpy(&address, entry->ifa_addr, sizeof address);
         std::array<char, INET_ADDRSTRLEN> text{};
         if (::inet_ntop(AF_INET, &address.sin_addr, text.data(), text.size()))
-            addresses.push_back({entry->ifa_name, text.data(), (entry->ifa_flags & IFF_LOOPBACK) != 0});
+            addresses.push_back(
+                {interfaceOfLabel(entry->ifa_name), text.data(), (entry->ifa_flags & IFF_LOOPBACK) != 0});
     }
     return addresses;
 }

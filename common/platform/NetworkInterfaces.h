@@ -9,7 +9,7 @@ namespace Common::platform {
 /// One IPv4 address of an interface that is up.
 struct InterfaceAddress
 {
-    std::string interface; ///< name of the interface
+    std::string interface; ///< name of the interface itself, without an address label
     std::string ip;        ///< dotted
     bool isLoopback = false;
 };

@@ -19,11 +19,15 @@ namespace Common::platform {
 class SharedSocket::Handle
 {
 public:
-    explicit Handle(int descriptor)
-        : m_descriptor(descriptor)
+    Handle()
+        : m_descriptor(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0))
     {
     }
-    ~Handle() { ::close(m_descriptor); }
+    ~Handle()
+    {
+        if (m_descriptor >= 0)
+            ::close(m_descriptor);
+    }
     Handle(const Handle &) = delete;
     Handle &operator=(const Handle &) = delete;
     int descriptor() const { return m_descriptor; }
@@ -100,10 +104,11 @@ SharedSocket::SharedSocket(std::shared_ptr<const Handle> handle)
 
 SharedSocket SharedSocket::openUdp(int *error)
 {
-    const int descriptor = ::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    auto handle = std::make_shared<const Handle>(); // the memory first, so that no descriptor is lost without it
+    const int result = handle->descriptor() < 0 ? errno : 0;
     if (error)
-        *error = descriptor < 0 ? errno : 0;
-    return descriptor < 0 ? SharedSocket() : SharedSocket(std::make_shared<const Handle>(descriptor));
+        *error = result;
+    return result == 0 ? SharedSocket(std::move(handle)) : SharedSocket();
 }
 
 int SharedSocket::descriptor() const noexcept
@@ -226,6 +231,16 @@ Received SharedSocket::receiveFrom(std::span<char> buffer, std::string &senderIp
         senderPort = ntohs(sender.sin_port);
     }
     return received;
+}
+
+void SharedSocket::discardReceived() const noexcept
+{
+    // More than the largest receive buffer holds: who sends without an end does not keep us here.
+    constexpr int mostDatagrams = 65'536;
+    std::array<char, 1> rest; // all else is cut off
+    int left = mostDatagrams;
+    while (left > 0 && ::recv(descriptor(), rest.data(), rest.size(), MSG_DONTWAIT) >= 0)
+        --left;
 }
 
 void SharedSocket::shutdown() const

@@ -24,8 +24,8 @@ struct Received
 ///
 /// Threads: all operations may run at the same time on copies in different threads. One object is not to be assigned
 /// while another thread reads it: see SocketSlot.
-/// Errors: operations that return int give 0, or the system's error number (EBADF without a socket). Nothing throws but
-/// open() where memory ends. Interrupted calls go round.
+/// Errors: operations that return int give 0, or the system's error number (EBADF without a socket). Nothing throws
+/// while there is memory, and openUdp() leaves nothing open where it ends. Interrupted calls go round.
 class SharedSocket
 {
 public:
@@ -58,6 +58,9 @@ public:
     Received receive(std::span<char> buffer) const;
     /// The same with the sender's dotted address and port.
     Received receiveFrom(std::span<char> buffer, std::string &senderIp, std::uint16_t &senderPort) const;
+
+    /// Throws away what waits to be received at this moment; never waits itself.
+    void discardReceived() const noexcept;
 
     /// Wakes all threads that wait in a receive, now and from now on: they get size 0.
     void shutdown() const;

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "common/platform/WakeEvent.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
+#include <climits>
 #include <cstdint>
 #include <system_error>
 
@@ -13,8 +15,9 @@
 namespace Common::platform {
 
 namespace {
-constexpr std::size_t maxEvents = 8; // of one waitAny()
-}
+constexpr std::size_t maxEvents = 8;                       // of one waitAny()
+constexpr std::chrono::milliseconds longestLimit{INT_MAX}; // of one poll(): some 24 days
+} // namespace
 
 WakeEvent::WakeEvent()
     : m_descriptor(::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC))
@@ -52,6 +55,8 @@ bool WakeEvent::wait(std::chrono::milliseconds limit) noexcept
 int WakeEvent::waitAny(std::span<WakeEvent *const> events, std::chrono::milliseconds limit) noexcept
 {
     using Clock = std::chrono::steady_clock;
+    if (limit != noLimit)
+        limit = std::clamp(limit, std::chrono::milliseconds::zero(), longestLimit);
     const auto end = Clock::now() + limit;
     std::array<pollfd, maxEvents> polled{};
     const std::size_t count = std::min(events.size(), maxEvents);

@@ -117,6 +117,23 @@ TEST_F(EmergencyStopTest, SlotsEnd)
     EXPECT_EQ(EmergencyStop::acquireSlot(-1), -1);
 }
 
+TEST_F(EmergencyStopTest, ASlotKeepsItsDatagramsWhenItsSocketIsReplaced)
+{
+    arm(1, 0, "close can 0");
+    const SharedSocket next = SharedSocket::openUdp();
+    ASSERT_EQ(next.connect(m_box.localAddress(), m_box.localPort()), 0);
+    EXPECT_FALSE(EmergencyStop::replaceSocket(m_slot, next.descriptor(), next.descriptor())); // it holds another
+    EXPECT_FALSE(EmergencyStop::replaceSocket(m_slot, m_link.descriptor(), -1));
+    EXPECT_FALSE(EmergencyStop::replaceSocket(-1, m_link.descriptor(), next.descriptor()));
+    ASSERT_TRUE(EmergencyStop::replaceSocket(m_slot, m_link.descriptor(), next.descriptor()));
+    EmergencyStop::fire();
+    std::array<char, 100> buffer{};
+    std::string ip;
+    std::uint16_t port = 0;
+    EXPECT_EQ(m_box.receiveFrom(buffer, ip, port).size, 11);
+    EXPECT_EQ(port, next.localPort());
+}
+
 TEST_F(EmergencyStopTest, NoSlotIsIgnored)
 {
     EmergencyStop::arm(-1, 1, 0, std::string_view("x"));

@@ -111,6 +111,21 @@ TEST(Socket, AnAddressThatNoInterfaceOwnsCannotBeTiedToADevice)
     EXPECT_EQ(SharedSocket::openUdp().bindToDevice("203.0.113.7"), ENODEV);
 }
 
+TEST(Socket, DiscardsWhatWaitsAndNothingElse)
+{
+    const SharedSocket receiver = boundSocket();
+    const SharedSocket sender = boundSocket();
+    ASSERT_EQ(sender.connect(host(), receiver.localPort()), 0);
+    receiver.discardReceived(); // nothing waits, and it does not either
+    for (const char *text : {"a", "", "bcd"})
+        ASSERT_EQ(sender.send(std::string_view(text)), 0);
+    receiver.discardReceived();
+    ASSERT_EQ(sender.send(std::string_view("kept")), 0);
+    std::array<char, 10> buffer{};
+    EXPECT_EQ(textOf(receiver.receive(buffer), buffer), "kept");
+    SharedSocket().discardReceived();
+}
+
 TEST(Socket, IsClosedAfterItsLastUser)
 {
     SharedSocket first = SharedSocket::openUdp();
