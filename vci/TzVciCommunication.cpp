@@ -14,7 +14,7 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <system_error>
+#include <exception>
 #include <utility>
 
 using Common::platform::DatagramReceiver;
@@ -97,7 +97,7 @@ bool TzVciCommunication::startReceiving()
     m_running = true;
     try {
         m_receiveThread = std::thread([this] { runReceiveThread(); });
-    } catch (const std::system_error &error) {
+    } catch (const std::exception &error) {
         m_running = false;
         closeSocket(); // nobody was told of the connection, so nobody is told of its end
         Common::logError("Failed to start read thread: {}", error.what());
@@ -111,14 +111,13 @@ void TzVciCommunication::disconnect()
     m_autoReconnect = false;
     if (m_running.exchange(false)) {
         m_heartbeat.stop();
-        if (closeSocket())
-            Common::logInfo("Disconnected from server: {}", m_config.serverIp);
+        closeSocketAndTell();
     }
     if (m_receiveThreadId.load() == std::this_thread::get_id())
         return;
     if (m_receiveThread.joinable())
         m_receiveThread.join();
-    closeSocket(); // one that a reconnection put in just before the thread saw the end
+    closeSocketAndTell(); // one that a reconnection put in just before the thread saw the end
 }
 
 bool TzVciCommunication::isConnected() const noexcept
@@ -178,6 +177,8 @@ SharedSocket TzVciCommunication::openSocket() const
         Common::logError("Failed to connect to server IP: {}. Error: {}", m_config.serverIp, error);
         return {};
     }
+    // From its binding to its connection the socket took what anybody sent to it.
+    socket.discardReceived();
     return socket;
 }
 
@@ -206,6 +207,12 @@ bool TzVciCommunication::closeSocket()
 {
     Common::EmergencyStop::releaseSlot(m_emergencySlot.exchange(-1));
     return m_gate.retire();
+}
+
+void TzVciCommunication::closeSocketAndTell()
+{
+    if (closeSocket())
+        Common::logInfo("Disconnected from server: {}", m_config.serverIp);
 }
 
 void TzVciCommunication::runReceiveThread()
@@ -244,15 +251,24 @@ void TzVciCommunication::receiveUntilEnd()
             Common::logError("Failed to read data. Error: {}", -count);
             if (!m_autoReconnect)
                 break;
-            drops.finish(receiver.droppedDatagrams());
-            receiver.forgetDroppedDatagrams();
-            use = {};
-            if (!reconnect())
+            reportLastDrops(receiver, drops, use);
+            if (!reconnect(use.socket()))
                 return;
             use = m_gate.use();
         }
     }
+    reportLastDrops(receiver, drops, use);
+}
+
+// The datagrams that were read tell only of what was dropped before them. A socket that is shut down still knows it
+// all.
+void TzVciCommunication::reportLastDrops(DatagramReceiver &receiver, TzVciDropReporter &drops,
+                                         const TzVciSocketGate::Use &use)
+{
+    if (use)
+        receiver.updateDroppedDatagrams(use.socket().descriptor());
     drops.finish(receiver.droppedDatagrams());
+    receiver.forgetDroppedDatagrams();
 }
 
 // False when the link is at its end. What came behind an empty datagram is not looked at.
@@ -290,17 +306,23 @@ void TzVciCommunication::deliver(const std::vector<TzVciProtocolData> &batch)
         m_dataCallback(batch);
 }
 
-bool TzVciCommunication::reconnect()
+// The caller holds the old socket open until this is done, so that its emergency slot can pass to the new one with all
+// the channels that are armed in it.
+bool TzVciCommunication::reconnect(const SharedSocket &oldSocket)
 {
-    if (closeSocket())
+    if (m_gate.retire())
         Common::logInfo("Disconnected from server: {}", m_config.serverIp);
     SharedSocket socket = openSocket();
     if (!socket.isOpen()) {
+        Common::EmergencyStop::releaseSlot(m_emergencySlot.exchange(-1));
         Common::logError("Failed to reconnect to server: {}", m_config.serverIp);
         return false;
     }
     // No receive time-out on this one: the shutdown in disconnect() is what wakes the thread.
-    installSocket(std::move(socket));
+    if (Common::EmergencyStop::replaceSocket(m_emergencySlot, oldSocket.descriptor(), socket.descriptor()))
+        m_gate.install(std::move(socket));
+    else
+        installSocket(std::move(socket));
     Common::logInfo("Reconnected to server: {}", m_config.serverIp);
     return true;
 }

@@ -17,6 +17,7 @@
 #include <vector>
 
 class TzVciDatagramParser;
+class TzVciDropReporter;
 
 namespace Common::platform {
 class DatagramReceiver;
@@ -75,7 +76,8 @@ public:
     std::uint64_t recordsReceived() const noexcept { return m_recordsReceived.load(); }
     std::uint64_t bytesReceived() const noexcept { return m_bytesReceived.load(); }
 
-    /// Slot of Common::EmergencyStop that belongs to the link's socket, or -1. Changes in connect() and disconnect().
+    /// Slot of Common::EmergencyStop that belongs to the link's socket, or -1. Changes in connect() and disconnect(); a
+    /// reconnection keeps it with what is armed in it.
     int emergencySlot() const noexcept { return m_emergencySlot.load(); }
 
 private:
@@ -83,6 +85,7 @@ private:
     bool bindLocalAddress(const Common::platform::SharedSocket &socket) const;
     void installSocket(Common::platform::SharedSocket socket);
     bool closeSocket();
+    void closeSocketAndTell();
     bool startReceiving();
     bool canChangeCallbacks() const noexcept;
 
@@ -91,7 +94,9 @@ private:
     bool takeDatagrams(const Common::platform::DatagramReceiver &receiver, int count, TzVciDatagramParser &parser);
     void takeDatagram(std::span<const std::uint8_t> datagram, TzVciDatagramParser &parser);
     void deliver(const std::vector<TzVciProtocolData> &batch);
-    bool reconnect();
+    static void reportLastDrops(Common::platform::DatagramReceiver &receiver, TzVciDropReporter &drops,
+                                const TzVciSocketGate::Use &use);
+    bool reconnect(const Common::platform::SharedSocket &oldSocket);
 
     int sendBytes(std::span<const char> bytes, int frameCount);
 

@@ -36,7 +36,7 @@ TzVciDevice::TzVciDevice(TzVciDeviceStore *store, const TzVciNetwork &network, i
     , m_linSubscribers(deviceIndex, {"LIN data", "LIN subscribers"})
     , m_traffic(deviceIndex)
     , m_busLoad(std::make_unique<TzVciDeviceBusLoad>(canChannels))
-    , m_link(deviceIndex)
+    , m_link(deviceIndex, this)
     , m_exchange(deviceIndex, [this](const QByteArray &datagram) { m_link.send(datagram); })
     , m_periodSender(std::make_unique<Common::PeriodSender>())
     , m_channels({*store, m_link, m_exchange, *m_periodSender, [this](std::uint8_t cmd) { notifyStatus(cmd); }})

@@ -53,7 +53,7 @@ protected:
         const std::lock_guard lock(m_mutex);
         return m_batches;
     }
-    /// Waits until the link has taken this many bytes, and all that follows from them is done.
+    /// Waits until the link has taken this many bytes.
     bool waitForBytes(std::uint64_t bytes)
     {
         return waitFor([&] { return m_link.bytesReceived() >= bytes; });

@@ -5,10 +5,11 @@
 #include "tests/vci/WireFrames.h"
 
 #include <array>
-#include <condition_variable>
-#include <numeric>
+#include <cstdio>
+#include <mutex>
 #include <pthread.h>
 #include <random>
+#include <thread>
 
 using tztest::bytesOf;
 using tztest::deviceFrame;
@@ -253,23 +254,50 @@ TEST_F(LinkReceive, EveryDatagramIsTraced)
     EXPECT_TRUE(m_log.has(0, "0 RD: 55 AA 01 20 00 00 00 00 00"));
 }
 
-// The callback is held while more arrives than the receive buffer takes: every datagram is either delivered or told.
-TEST_F(LinkReceive, WhatTheHostDropsIsTold)
+TEST_F(LinkReceive, WhatAStrangerSendsIsNotTaken)
 {
-    std::mutex gate;
-    std::unique_lock held(gate);
-    std::atomic<int> delivered{0};
-    m_link.setDataCallback([&](const auto &) {
-        const std::lock_guard wait(gate);
-        ++delivered;
-    });
     connectLink();
-    constexpr int sent = 60'000;
-    const auto datagram = frames(1);
-    for (int i = 0; i < sent; ++i)
-        m_peer.send(datagram);
-    held.unlock();
-    const auto told = [this] {
+    tztest::PlainPeer stranger; // at the device's own address, on another port
+    stranger.sendTo(m_peer.host(), frames(1));
+    stranger.sendTo(m_peer.host(), {});
+    ASSERT_TRUE(waitForSentinel());
+    EXPECT_EQ(batches().size(), 1u);
+    EXPECT_EQ(m_link.recordsReceived(), 1u);
+    EXPECT_EQ(m_link.bytesReceived(), 9u);
+    EXPECT_EQ(m_disconnects, 0);
+}
+
+namespace {
+
+// The first datagram's callback is held while more arrives than the receive buffer takes.
+class LinkOverload : public LinkReceive
+{
+protected:
+    static constexpr int overload = 60'000;
+
+    LinkOverload()
+    {
+        m_link.setDataCallback([this](const auto &) {
+            const std::lock_guard wait(m_gate);
+            ++m_delivered;
+        });
+    }
+    ~LinkOverload() override
+    {
+        if (m_held.owns_lock()) // a failed assertion left it
+            m_held.unlock();
+        m_link.disconnect();
+    }
+
+    void send(int count)
+    {
+        const auto datagram = frames(1);
+        for (int i = 0; i < count; ++i)
+            m_peer.send(datagram);
+    }
+    // The sum of all warnings.
+    int told() const
+    {
         int sum = 0;
         for (const auto &line : m_log.lines()) {
             int count = 0;
@@ -277,9 +305,52 @@ TEST_F(LinkReceive, WhatTheHostDropsIsTold)
                 sum += count;
         }
         return sum;
-    };
-    ASSERT_TRUE(tztest::waitFor([&] { return delivered + told() == sent; }));
+    }
+
+    std::mutex m_gate;
+    std::unique_lock<std::mutex> m_held{m_gate};
+    std::atomic<int> m_delivered{0};
+};
+
+} // namespace
+
+// Every datagram is either delivered or told.
+TEST_F(LinkOverload, WhatTheHostDropsIsTold)
+{
+    connectLink();
+    send(overload);
+    m_held.unlock();
+    ASSERT_TRUE(tztest::waitFor([this] { return m_delivered + told() == overload; }));
     EXPECT_GT(told(), 0);
     EXPECT_LE(m_log.countContaining(2, "Lost "), 3u);
-    m_link.disconnect();
+}
+
+TEST_F(LinkOverload, WhatWasDroppedBehindABacklogIsToldWhenTheLinkIsEnded)
+{
+    connectLink();
+    send(1);
+    ASSERT_TRUE(waitForBytes(33));
+    send(overload);
+    std::thread ending([this] { m_link.disconnect(); });
+    EXPECT_TRUE(tztest::waitFor([this] { return !m_link.isConnected(); }));
+    EXPECT_EQ(told(), 0);
+    m_held.unlock();
+    ending.join();
+    EXPECT_GT(told(), 0);
+    EXPECT_LT(told(), overload);
+    EXPECT_LT(m_delivered, overload); // the backlog itself was not read
+}
+
+TEST_F(LinkOverload, WhatWasDroppedBehindAnEmptyDatagramIsTold)
+{
+    connectLink();
+    send(1);
+    ASSERT_TRUE(waitForBytes(33));
+    m_peer.send({});
+    send(overload);
+    m_held.unlock();
+    ASSERT_TRUE(waitForDisconnects(1));
+    EXPECT_EQ(m_delivered, 1);
+    EXPECT_GT(told(), 0);
+    EXPECT_LT(told(), overload);
 }

@@ -6,7 +6,10 @@
 #include "tests/vci/WireFrames.h"
 #include "vci/TzVciTypes.h"
 
+#include <chrono>
 #include <thread>
+
+using namespace std::chrono_literals;
 
 using tztest::deviceFrame;
 
@@ -56,11 +59,24 @@ TEST_F(LinkSend, ADatagramTheSystemRefusesIsAnError)
 
 TEST_F(LinkSend, AnIdleLinkSendsTheHeartbeat)
 {
+    const auto start = std::chrono::steady_clock::now();
     ASSERT_TRUE(m_link.connect(config()));
-    EXPECT_EQ(tztest::hexOf(m_peer.receive().value()), "FF"); // after two to three seconds
+    EXPECT_EQ(tztest::hexOf(m_peer.receive().value()), "FF");
+    EXPECT_GE(std::chrono::steady_clock::now() - start, 2s);
     ASSERT_TRUE(tztest::waitFor([this] { return m_link.bytesSent() == 1; }));
     EXPECT_EQ(m_link.framesSent(), 0u);
     EXPECT_TRUE(waitForLine(0, "0 SD: FF"));
+}
+
+TEST_F(LinkSend, ALinkThatSendsInTimeSendsNoHeartbeat)
+{
+    ASSERT_TRUE(m_link.connect(config()));
+    for (int i = 0; i < 7; ++i) {
+        ASSERT_EQ(m_link.send(QByteArrayLiteral("x")), 0);
+        EXPECT_EQ(tztest::hexOf(m_peer.receive().value()), "78");
+        EXPECT_FALSE(m_peer.receive(500ms).has_value());
+    }
+    EXPECT_EQ(m_link.bytesSent(), 7u);
 }
 
 TEST_F(LinkSend, AnyThreadMaySendWhileTheLinkComesAndGoes)

@@ -41,10 +41,10 @@ std::string PlainPeer::ip() const
     return TzVciNetwork::current().deviceAddress(0);
 }
 
-std::optional<std::vector<std::uint8_t>> PlainPeer::receive()
+std::optional<std::vector<std::uint8_t>> PlainPeer::receive(std::chrono::milliseconds limit)
 {
     pollfd waiting{m_socket, POLLIN, 0};
-    if (::poll(&waiting, 1, 20'000) != 1)
+    if (::poll(&waiting, 1, static_cast<int>(limit.count())) != 1)
         return std::nullopt;
     std::vector<std::uint8_t> datagram(8192);
     socklen_t size = sizeof(m_host);
@@ -58,8 +58,13 @@ std::optional<std::vector<std::uint8_t>> PlainPeer::receive()
 
 void PlainPeer::send(const std::vector<std::uint8_t> &datagram)
 {
+    sendTo(m_host, datagram);
+}
+
+void PlainPeer::sendTo(const sockaddr_in &host, const std::vector<std::uint8_t> &datagram)
+{
     const ssize_t sent = ::sendto(m_socket, datagram.data(), datagram.size(), 0,
-                                  reinterpret_cast<const sockaddr *>(&m_host), sizeof(m_host));
+                                  reinterpret_cast<const sockaddr *>(&host), sizeof(host));
     ASSERT_EQ(sent, static_cast<ssize_t>(datagram.size()));
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -23,11 +24,14 @@ public:
 
     std::string ip() const;
     std::uint16_t port() const { return m_port; }
-    /// Waits for a datagram, whose sender is the destination of send() from then on; none within 20 s is nullopt.
-    std::optional<std::vector<std::uint8_t>> receive();
+    /// Waits for a datagram, whose sender is the destination of send() from then on; nullopt when none comes in time.
+    std::optional<std::vector<std::uint8_t>> receive(std::chrono::milliseconds limit = std::chrono::seconds(20));
     void send(const std::vector<std::uint8_t> &datagram);
-    /// Dotted address from which the last datagram came.
-    std::string hostIp() const;
+    /// Sends to somebody who has not sent anything here.
+    void sendTo(const sockaddr_in &host, const std::vector<std::uint8_t> &datagram);
+    /// Where the last datagram came from.
+    const sockaddr_in &host() const { return m_host; }
+    std::string hostIp() const; ///< dotted
     /// From now on the system answers "port unreachable".
     void close();
 
