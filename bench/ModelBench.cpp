@@ -47,8 +47,10 @@ std::vector<TzVciMessage> linTraffic(std::size_t count)
         TzVciMessage &message = messages[n];
         message.deviceIndex = static_cast<std::uint8_t>(n % 16);
         message.timestamp = n * 500;
-        message.frame.lin.linId = static_cast<std::uint8_t>(n % 0x40);
-        message.frame.lin.dataLength = 8;
+        TzVciLinDataType lin;
+        lin.linId = static_cast<std::uint8_t>(n % 0x40);
+        lin.dataLength = 8;
+        message.setLin(lin);
     }
     return messages;
 }

@@ -16,6 +16,13 @@ namespace {
 constexpr std::size_t timestampOffset = 8;
 constexpr std::size_t minimumBytes = 16;
 
+template <typename Frame> Frame frameOf(const TzVciProtocolData &record) noexcept
+{
+    Frame frame;
+    std::memcpy(&frame, record.payload.data(), std::min(record.payloadLength(), sizeof(frame)));
+    return frame;
+}
+
 } // namespace
 
 TzVciTrafficDecoder::TzVciTrafficDecoder(int deviceIndex)
@@ -52,13 +59,16 @@ void TzVciTrafficDecoder::clear() noexcept
     m_lin.clear();
 }
 
-// The payload is the front of either frame record; what it does not reach stays zero.
+// The payload is the front of the family's frame record; what it does not reach stays zero.
 TzVciMessage TzVciTrafficDecoder::makeMessage(const TzVciProtocolData &record) const noexcept
 {
     TzVciMessage message;
     message.deviceIndex = m_deviceIndex;
     message.channelIndex = record.channel;
-    std::memcpy(&message.frame, record.payload.data(), std::min(record.payloadLength(), sizeof(message.frame)));
+    if (record.protocol == TzVciProtocolId::lin)
+        message.setLin(frameOf<TzVciLinDataType>(record));
+    else
+        message.frame.can = frameOf<TzVciCanDataType>(record);
     message.timestamp = TzVciByteOrder::load<std::uint64_t>(record.payload.data() + timestampOffset);
     return message;
 }

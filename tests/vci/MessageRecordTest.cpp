@@ -72,8 +72,13 @@ TEST(MessageRecord, PayloadLengthStopsAtWhatTheRecordHolds)
 TEST(MessageRecord, ALinFrameInAMessageIsFollowedByZeroes)
 {
     TzVciMessage message;
-    message.frame.lin.linId = 0x3F;
-    message.frame.lin.data.fill(0xFF);
+    message.frame.can.data.fill(0xEE); // nothing of it may stay
+    TzVciLinDataType lin;
+    lin.linId = 0x3F;
+    lin.data.fill(0xFF);
+    message.setLin(lin);
+    EXPECT_EQ(message.frame.lin.linId, 0x3F);
+    EXPECT_EQ(message.frame.lin.data, lin.data);
     std::array<std::uint8_t, sizeof(message.frame)> bytes{};
     std::memcpy(bytes.data(), &message.frame, bytes.size());
     EXPECT_EQ(bytes[0], 0x3F);

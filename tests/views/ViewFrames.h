@@ -20,9 +20,11 @@ inline TzVciMessage canMessage(std::uint32_t id, std::uint8_t frameType = TzVciC
 /// A frame of device 0, channel 0.
 inline TzVciMessage linMessage(std::uint8_t id, std::uint8_t direction = TzVciLinDirection::masterRead)
 {
+    TzVciLinDataType lin;
+    lin.linId = id;
+    lin.linDirection = direction;
     TzVciMessage message;
-    message.frame.lin.linId = id;
-    message.frame.lin.linDirection = direction;
+    message.setLin(lin);
     return message;
 }
 
