@@ -18,7 +18,7 @@ namespace tzsim {
 /// What the command line of tzvci-sim asks for.
 struct ProgramOptions
 {
-    /// A traffic specification and the boxes that it is for.
+    /// A kind of traffic and the boxes that it is for.
     template <typename Spec> struct ForBoxes
     {
         std::vector<int> boxes; ///< indexes of boxes

@@ -191,7 +191,7 @@ struct PidCase
     std::uint8_t id, protectedId;
 };
 
-// Values of the tables in ISO 17987-3 and the LIN 2.1 specification.
+// Values of the tables in ISO 17987-3 and LIN 2.1.
 TEST(SimulatorLinMath, ProtectedIdentifiers)
 {
     for (const auto &[id, pid] :
@@ -202,7 +202,7 @@ TEST(SimulatorLinMath, ProtectedIdentifiers)
 
 TEST(SimulatorLinMath, Checksums)
 {
-    // The example of the LIN 2.1 specification: 0x4A, 0x55, 0x93, 0xE5 with a carry gives 0xE6.
+    // The example of LIN 2.1: 0x4A, 0x55, 0x93, 0xE5 with a carry gives 0xE6.
     LinFrame frame = LinFrame::make(0x01, hex("4A 55 93 E5"), tzsim::LinChecksum::classic);
     EXPECT_EQ(tzsim::linChecksum(frame), 0xE6);
     // With the identifier in front: 0x4A as PID of 0x0A is 0xCA.
