@@ -164,8 +164,12 @@ void TzBenchWindowHelper::closeViews()
 
 void TzBenchWindowHelper::tileViews()
 {
-    const std::vector<TzVciBaseViewWindow *> views = m_views.views();
-    m_arrangement.tile({views.begin(), views.end()});
+    std::vector<QMdiSubWindow *> windows;
+    for (const TzVciBaseViewWindow *view : m_views.views()) {
+        if (auto *window = qobject_cast<QMdiSubWindow *>(view->parentWidget()))
+            windows.push_back(window);
+    }
+    m_arrangement.tile(windows);
 }
 
 void TzBenchWindowHelper::onVciStatus(int deviceIndex, std::uint8_t cmd)

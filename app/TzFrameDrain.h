@@ -15,7 +15,8 @@ class TzFrameQueue;
 /// Empties the queue of one family every 10 ms on a thread of its own and hands the frames on in batches.
 ///
 /// start() and stop() belong to the UI thread. The deliver function runs on the drain thread, and in stop(), once that
-/// thread has ended, on the UI thread for what is left in the queue. It never runs twice at a time.
+/// thread has been joined, on the UI thread for what is left in the queue. It never runs twice at a time, and each run
+/// happens before the next, so what receives the batches may count on their order.
 class TzFrameDrain
 {
 public:

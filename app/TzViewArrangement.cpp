@@ -16,14 +16,11 @@ TzViewArrangement::TzViewArrangement(QMdiArea *area, QObject *parent)
     m_area->viewport()->installEventFilter(this);
 }
 
-void TzViewArrangement::tile(const std::vector<const QWidget *> &views)
+void TzViewArrangement::tile(const std::vector<QMdiSubWindow *> &windows)
 {
     m_placed.clear();
-    const QList<QMdiSubWindow *> windows = m_area->subWindowList();
-    for (QMdiSubWindow *window : windows) {
-        if (std::find(views.begin(), views.end(), window->widget()) != views.end())
-            m_placed.push_back({window, QRect()});
-    }
+    for (QMdiSubWindow *window : windows)
+        m_placed.push_back({window, QRect()});
     place();
 }
 

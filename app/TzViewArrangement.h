@@ -8,7 +8,6 @@
 
 class QMdiArea;
 class QMdiSubWindow;
-class QWidget;
 
 /// Lays the sub-windows of an area out by TzViewTiler, and does so again when the area changes its size, for as long as
 /// the user has not moved, resized, maximised or minimised a sub-window since. UI thread only.
@@ -19,9 +18,9 @@ public:
     /// @param area  must outlive this object
     explicit TzViewArrangement(QMdiArea *area, QObject *parent = nullptr);
 
-    /// Tiles the sub-windows that hold one of @p views, in the area's order. A sub-window that is about to go is
-    /// still in the area for a moment; it is left out because its view is no longer among them.
-    void tile(const std::vector<const QWidget *> &views);
+    /// Tiles these sub-windows of the area, in this order. The area itself is not asked: for a moment it still lists
+    /// sub-windows that are being destroyed.
+    void tile(const std::vector<QMdiSubWindow *> &windows);
 
     bool eventFilter(QObject *watched, QEvent *event) override;
 
