@@ -32,7 +32,8 @@ TZBenchWindow::TZBenchWindow(TzVciDeviceManager *manager, TzVciDeviceStore *stor
 {
     m_ui->setupUi(this);
     m_ui->areaVCI->setOption(QMdiArea::DontMaximizeSubWindowOnActivation);
-    m_ui->tabWidget->tabBar()->setDrawBase(false); // the menu bar ends with a line of its own
+    m_ui->areaVCI->setBackground(palette().brush(QPalette::Window)); // the toolkit's own is a dark grey
+    m_ui->tabWidget->tabBar()->setDrawBase(false);                   // the menu bar ends with a line of its own
     setUpToolRow();
     m_helper = new TzBenchWindowHelper(m_manager, m_store, m_ui->areaVCI, this);
     connect(m_helper, &TzBenchWindowHelper::sigVciStatusChanged, this, &TZBenchWindow::onVciStatusChanged);
