@@ -7,6 +7,7 @@
 #include <QBrush>
 
 #include <algorithm>
+#include <new>
 
 namespace {
 
@@ -23,8 +24,11 @@ TzRawViewModel::TzRawViewModel(const TzRawViewFamily &family, TzVciDeviceManager
     , m_family(family)
     , m_timeService(timeService)
     , m_incoming(batchCapacity)
+    , m_producer(m_incoming)
     , m_batch(batchCapacity)
 {
+    if (!m_producer.valid())
+        throw std::bad_alloc(); // the one way in which a token fails
 }
 
 TzRawViewModel::~TzRawViewModel() = default;
@@ -65,9 +69,19 @@ QVariant TzRawViewModel::headerData(int section, Qt::Orientation orientation, in
     return tr(m_family.headers[static_cast<std::size_t>(section)]);
 }
 
+// Block by block: the queue takes a bulk as a whole or not at all, and one that is refused after it asked for several
+// blocks leaves those uncounted in the producer, whose index of blocks then overflows.
 void TzRawViewModel::addMessages(std::span<const TzVciMessage> messages)
 {
-    if (!messages.empty() && !m_incoming.enqueue_bulk(messages.data(), messages.size()))
+    while (!messages.empty()) {
+        const auto part = messages.first(std::min(messages.size(), QueueTraits::BLOCK_SIZE));
+        if (!m_incoming.enqueue_bulk(m_producer, part.data(), part.size()))
+            break;
+        messages = messages.subspan(part.size());
+    }
+    while (!messages.empty() && m_incoming.enqueue(m_producer, messages.front())) // the block begun may have room
+        messages = messages.subspan(1);
+    if (!messages.empty())
         reportOverflow();
 }
 
@@ -105,8 +119,10 @@ bool TzRawViewModel::appendBatch(std::span<const TzVciMessage> batch)
     return shifts;
 }
 
+// Returns the same. Rows that this batch appends are announced as new ones, however often it overwrites them.
 bool TzRawViewModel::foldBatch(std::span<const TzVciMessage> batch)
 {
+    const auto shown = static_cast<std::uint64_t>(m_rowCount);
     bool overwrites = false;
     for (const TzVciMessage &message : batch) {
         TzViewFoldEntry &entry = m_foldTable.fold(m_family.foldKey(message), message);
@@ -114,7 +130,7 @@ bool TzRawViewModel::foldBatch(std::span<const TzVciMessage> batch)
             continue;
         if (entry.row < m_rows.size()) {
             m_rows[entry.row] = message;
-            overwrites = true;
+            overwrites = overwrites || entry.row < shown;
         } else {
             entry.row = m_rows.size();
             m_rows.push_back(message);
@@ -246,7 +262,8 @@ QString TzRawViewModel::formattedTime(const TzVciMessage &message) const
 
 // A delta is told to the time formatted last for the device. Formatting the row above of that device first makes each
 // row read its distance to that one, whatever was painted, copied or saved before; the first row of a device reads
-// zero.
+// zero. The search ends after maxRows rows, or in a folded view after as many as there are distinct frames, and only a
+// device that sends far less than the others makes it that long.
 void TzRawViewModel::prepareDelta(int row) const
 {
     const auto end = m_rows.begin() + row;

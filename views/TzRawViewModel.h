@@ -24,9 +24,11 @@ class TzVciDeviceManager;
 /// What a raw traffic view shows: the last 10000 frames, those of them that pass the filter, or, folded, one row for
 /// each distinct frame with its count and cycle time. TzCanViewModel and TzLinViewModel are its two forms.
 ///
-/// Threads: addMessage() and addMessages() belong to the thread that delivers, one at a time; they put the frames into
-/// a lock-free queue and touch nothing else of the model. All else belongs to the UI thread, which moves the frames
-/// into the table in batches. Texts are made in data(), so only for rows that are on the screen.
+/// Threads: addMessage() and addMessages() belong to whoever delivers; they put the frames into a lock-free queue and
+/// touch nothing else of the model. The deliverer may change, as from a drain thread to the thread that has joined it,
+/// but there is one at a time, and each call happens before the next: all of them go through one producer of the queue,
+/// so that the rows keep the order of the calls. All else belongs to the UI thread, which moves the frames into the
+/// table in batches. Texts are made in data(), so only for rows that are on the screen.
 class TzRawViewModel : public QAbstractTableModel
 {
     Q_OBJECT
@@ -45,7 +47,8 @@ public:
     QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
 
     void addMessage(const TzVciMessage &message) { addMessages({&message, 1}); }
-    /// Queues all of the frames or none; none only when memory or maxWaiting is exhausted, which is logged.
+    /// Queues the frames in their order. Those for which memory or maxWaiting leaves no room are dropped from the end,
+    /// which is logged.
     void addMessages(std::span<const TzVciMessage> messages);
 
     /// Moves what waits into the table, at most batchCapacity frames. For a tick of 20 ms.
@@ -92,7 +95,8 @@ private:
     const TzRawViewFamily &m_family;
     TzVciDeviceManager *const m_timeService;
     moodycamel::ConcurrentQueue<TzVciMessage, QueueTraits> m_incoming;
-    std::chrono::steady_clock::time_point m_lastOverflow{}; // of the delivering thread
+    const moodycamel::ProducerToken m_producer;             // of whoever delivers; the queue orders within one only
+    std::chrono::steady_clock::time_point m_lastOverflow{}; // of whoever delivers
     std::vector<TzVciMessage> m_batch;                      // scratch of updateData(), always batchCapacity long
     std::shared_ptr<const TzRawFrameFilter> m_filter;
     std::deque<TzVciMessage> m_allMessages;

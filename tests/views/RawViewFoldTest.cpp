@@ -6,6 +6,8 @@
 
 #include <QSignalSpy>
 
+#include <thread>
+
 using namespace tztest;
 
 namespace {
@@ -75,6 +77,27 @@ TEST_P(RawViewFold, AFoldedRowShowsTheNewestFrameWithoutInsertion)
     EXPECT_EQ(inserted.count(), 0);
     EXPECT_EQ(m_model->rowCount(), 2);
     EXPECT_TRUE(timeText(0).starts_with(m_manager.formatTimestamp(0, 900)));
+}
+
+TEST_P(RawViewFold, ARowOverwrittenWithinItsOwnBatchNeedsNoRefresh)
+{
+    fold();
+    show({rx(1), rx(2), rx(2)});
+    QSignalSpy changed(m_model.get(), &QAbstractItemModel::dataChanged);
+    m_model->refreshVisibleRows();
+    EXPECT_EQ(changed.count(), 0) << "the rows were announced as new ones";
+    show({rx(2), rx(3)}); // one that was shown before, and a new one
+    m_model->refreshVisibleRows();
+    EXPECT_EQ(changed.count(), 1);
+}
+
+TEST_P(RawViewFold, FramesOfSuccessiveDeliverersGiveATrueCycle)
+{
+    fold();
+    std::thread([this] { m_model->addMessage(rx(1, 100'000)); }).join();
+    m_model->addMessage(rx(1, 200'000));
+    m_model->updateData();
+    EXPECT_EQ(timeText(0), m_manager.formatTimestamp(0, 200'000) + "[10.00]");
 }
 
 TEST_P(RawViewFold, FoldingRebuildsOnTheNextTurnOfTheEventLoop)

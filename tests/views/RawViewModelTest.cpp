@@ -183,6 +183,18 @@ TEST_P(RawViewModel, ClearForgetsEverything)
     EXPECT_EQ(numberText(0), "1") << "counts begin afresh";
 }
 
+TEST_P(RawViewModel, ClearForgetsThatRowsWereToBeRefreshed)
+{
+    fold();
+    show({rx(1)});
+    show({rx(1)}); // in place: to be refreshed
+    m_model->onClear();
+    show({rx(1)});
+    QSignalSpy changed(m_model.get(), &QAbstractItemModel::dataChanged);
+    m_model->refreshVisibleRows();
+    EXPECT_EQ(changed.count(), 0);
+}
+
 TEST_P(RawViewModel, ClearOfAnEmptyHistorySendsNoReset)
 {
     QSignalSpy reset(m_model.get(), &QAbstractItemModel::modelReset);
@@ -219,6 +231,34 @@ TEST_P(RawViewModel, DropsFramesWithAnErrorWhenTheQueueIsFull)
     EXPECT_EQ(log.count(Common::LogLevel::error, GetParam().overflowText), 1u) << "at most one line a second";
     m_model->updateData();
     EXPECT_EQ(m_model->rowCount(), 5'000);
+}
+
+TEST_P(RawViewModel, KeepsWhatFitsOfABatchThatDoesNotFitAsAWhole)
+{
+    const LogCapture log;
+    fold();
+    const std::vector<TzVciMessage> batch(50'000, rx(1));
+    static_assert(TzRawViewModel::maxWaiting % 50'000 != 0);
+    for (std::size_t queued = 0; queued <= TzRawViewModel::maxWaiting; queued += batch.size())
+        m_model->addMessages(batch);
+    EXPECT_EQ(log.count(Common::LogLevel::error, GetParam().overflowText), 1u);
+    for (std::size_t moved = 0; moved <= TzRawViewModel::maxWaiting; moved += TzRawViewModel::batchCapacity)
+        m_model->updateData();
+    EXPECT_EQ(numberText(0), "1[" + std::to_string(TzRawViewModel::maxWaiting) + "]");
+}
+
+TEST_P(RawViewModel, FramesOfSuccessiveDeliverersKeepTheirOrder)
+{
+    std::thread([this] { m_model->addMessages(std::vector{rx(1, 10), rx(2, 20)}); }).join();
+    m_model->addMessages(std::vector{rx(1, 30), rx(3, 40)});
+    std::thread([this] { m_model->addMessage(rx(4, 50)); }).join();
+    m_model->updateData();
+    ASSERT_EQ(m_model->rowCount(), 5);
+    for (int row = 0; row < 5; ++row)
+        EXPECT_EQ(m_model->allMessages()[static_cast<std::size_t>(row)].timestamp, 10u * (row + 1u)) << row;
+    const std::uint32_t wanted[] = {1, 2, 1, 3, 4};
+    for (int row = 0; row < 5; ++row)
+        EXPECT_EQ(id(row), wanted[row]) << row;
 }
 
 TEST_P(RawViewModel, TimeDeltasAreToldToTheRowAboveWhateverIsRead)
