@@ -21,8 +21,9 @@ struct TzViewFoldEntry
     {
         constexpr double ticksPerMs = 10'000.0; // device time counts 0.1 microsecond
         constexpr double weightOfPast = 0.7;
+        constexpr double weightOfNext = 0.3; // by itself: 1.0 - 0.7 is another double
         const double intervalMs = static_cast<double>(next.timestamp - message.timestamp) / ticksPerMs;
-        cycleMs = cycleMs != 0.0 ? cycleMs * weightOfPast + intervalMs * (1.0 - weightOfPast) : intervalMs;
+        cycleMs = cycleMs != 0.0 ? cycleMs * weightOfPast + intervalMs * weightOfNext : intervalMs;
         message = next;
         ++count;
     }

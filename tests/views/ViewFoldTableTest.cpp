@@ -31,6 +31,16 @@ TEST(ViewFoldTable, CycleIsTheIntervalThenSmoothed)
     EXPECT_EQ(table.find(1)->count, 3u);
 }
 
+TEST(ViewFoldTable, TheWeightsAreThoseTwoNumbersToTheLastBit)
+{
+    TzViewFoldTable table;
+    table.fold(1, at(0, canMessage(1)));
+    table.fold(1, at(50'000, canMessage(1)));
+    const double smoothed = table.fold(1, at(350'000, canMessage(1))).cycleMs;
+    EXPECT_EQ(smoothed, 5.0 * 0.7 + 30.0 * 0.3);
+    EXPECT_NE(smoothed, 5.0 * 0.7 + 30.0 * (1.0 - 0.7));
+}
+
 TEST(ViewFoldTable, AnIntervalOfZeroIsReplacedByTheNext)
 {
     TzViewFoldTable table;
