@@ -18,7 +18,8 @@
 ///
 /// Threads: accept() belongs to the thread that delivers, one at a time; it takes no lock and waits for nothing. All
 /// else belongs to the UI thread. The crossings are atomics, each on its own: a batch that is under way while the
-/// channels are changed may meet the old choice for one channel and the new one for another.
+/// channels are changed may meet the old choice for one channel and the new one for another, and one that is counted
+/// while the counters are reset may leave what it adds to some of them and not to others.
 class TzViewIntake
 {
 public:
