@@ -4,7 +4,10 @@
 #include "tests/support/WaitFor.h"
 #include "tests/views/RawViewWindowFixture.h"
 
+#include <QCloseEvent>
+#include <QRegularExpression>
 #include <QScrollBar>
+#include <QTimer>
 
 #include <stop_token>
 #include <thread>
@@ -14,6 +17,41 @@ using namespace tztest;
 namespace {
 
 std::unique_ptr<RawViewWindowFixture> fixture;
+
+/// Records what a view does when it is told to close.
+class ClosingView : public TzVciBaseViewWindow
+{
+public:
+    explicit ClosingView(std::uint8_t kind)
+        : TzVciBaseViewWindow(nullptr, kind, nullptr)
+    {
+    }
+    void close(QCloseEvent &event)
+    {
+        m_event = &event;
+        closeEvent(&event);
+        m_event = nullptr;
+    }
+    const QStringList &calls() const { return m_calls; }
+
+    void setTimersStopped(bool stopped) override
+    {
+        note(stopped ? QStringLiteral("setTimersStopped(true)") : QStringLiteral("setTimersStopped(false)"));
+    }
+    void stopRecording() override { note(QStringLiteral("stopRecording")); }
+    void onReceivedMessages(const std::vector<TzVciMessage> &) override {}
+    void onUpdateData() override {}
+    void onUpdateUi() override {}
+
+private:
+    void note(const QString &call)
+    {
+        m_calls << (m_event && !m_event->isAccepted() ? call : call + QStringLiteral(" after the event was accepted"));
+    }
+
+    const QCloseEvent *m_event = nullptr;
+    QStringList m_calls;
+};
 
 } // namespace
 
@@ -82,22 +120,66 @@ void TestRawViewTicks::viewAtItsEndFollowsNewRows()
     QTRY_COMPARE(bar->value(), bar->maximum());
 }
 
-void TestRawViewTicks::smallerWindowKeepsFollowing()
+void TestRawViewTicks::resizingJudgesTheEndAnew()
 {
     QScrollBar *bar = fixture->table()->verticalScrollBar();
-    fixture->deliver(std::vector<TzVciMessage>(500, fixture->rx(1)));
-    fixture->tickData();
-    fixture->tickUi();
+    const int height = fixture->view->height();
+    const auto showMore = [] {
+        fixture->deliver(std::vector<TzVciMessage>(500, fixture->rx(1)));
+        fixture->tickData();
+        fixture->tickUi();
+    };
+    showMore();
     QTRY_VERIFY(bar->maximum() > 0 && bar->value() == bar->maximum());
-    fixture->view->resize(fixture->view->width(), fixture->view->height() / 2);
-    fixture->tickUi();
+    fixture->view->resize(fixture->view->width(), height / 2); // the bar stays, its end moves on
+    QTRY_VERIFY(bar->value() < bar->maximum());
+    const int value = bar->value();
+    showMore();
+    QTRY_COMPARE(fixture->table()->model()->rowCount(), 1000);
+    QCOMPARE(bar->value(), value);
+    QTRY_VERIFY(bar->maximum() > value + 400);
+    bar->setValue(bar->maximum());
+    fixture->view->resize(fixture->view->width(), height); // the end comes back and takes the bar along
+    showMore();
+    QTRY_COMPARE(fixture->table()->model()->rowCount(), 1500);
     QTRY_COMPARE(bar->value(), bar->maximum());
+}
+
+void TestRawViewTicks::timersTickAt20And500Milliseconds()
+{
+    const std::pair<const char *, int> wanted[] = {{"dataTimer", 20}, {"uiTimer", 500}};
+    for (const auto &[name, interval] : wanted) {
+        const auto *timer = fixture->view->findChild<QTimer *>(QLatin1String(name), Qt::FindDirectChildrenOnly);
+        QVERIFY2(timer, name);
+        QCOMPARE(timer->interval(), interval);
+        QVERIFY(timer->isActive());
+        QVERIFY(!timer->isSingleShot());
+        fixture->view->setTimersStopped(true);
+        QVERIFY(!timer->isActive());
+        fixture->view->setTimersStopped(false);
+        QVERIFY(timer->isActive());
+        QCOMPARE(timer->interval(), interval);
+    }
+}
+
+void TestRawViewTicks::closingEndsTheRecordingThenTheTimers()
+{
+    ClosingView view(fixture->view->viewKind());
+    QCloseEvent event;
+    event.ignore();
+    view.close(event);
+    QCOMPARE(view.calls(), (QStringList{"stopRecording", "setTimersStopped(true)"}));
+    QVERIFY(event.isAccepted());
 }
 
 void TestRawViewTicks::closingStopsTheTimersAndDeletes()
 {
     const QPointer<TzRawViewWindow> view(fixture->view.release());
+    const auto timers = view->findChildren<QTimer *>(QRegularExpression(QStringLiteral("^(data|ui)Timer$")));
+    QCOMPARE(timers.size(), 2);
     QVERIFY(view->close());
+    for (const QTimer *timer : timers)
+        QVERIFY(!timer->isActive()); // the window lives until the event loop turns
     QTRY_VERIFY(view.isNull());
 }
 

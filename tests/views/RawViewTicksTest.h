@@ -17,8 +17,12 @@ private Q_SLOTS:
     void tickTellsVisibleRowsWithoutScrolling();
     void viewAtItsEndFollowsNewRows_data() { twins(); }
     void viewAtItsEndFollowsNewRows();
-    void smallerWindowKeepsFollowing_data() { twins(); }
-    void smallerWindowKeepsFollowing();
+    void resizingJudgesTheEndAnew_data() { twins(); }
+    void resizingJudgesTheEndAnew();
+    void timersTickAt20And500Milliseconds_data() { twins(); }
+    void timersTickAt20And500Milliseconds();
+    void closingEndsTheRecordingThenTheTimers_data() { twins(); }
+    void closingEndsTheRecordingThenTheTimers();
     void closingStopsTheTimersAndDeletes_data() { twins(); }
     void closingStopsTheTimersAndDeletes();
     void stoppedTimersMoveNothing_data() { twins(); }

@@ -14,6 +14,7 @@
 #include <QtTest>
 #include <QtWidgets>
 
+#include <algorithm>
 #include <memory>
 #include <vector>
 
@@ -46,6 +47,25 @@ struct RawViewWindowFixture
     QToolButton *button(const char *name) const { return view->findChild<QToolButton *>(QLatin1String(name)); }
     QTableView *table() const { return view->findChild<QTableView *>(QStringLiteral("tableView")); }
     QLabel *label() const { return view->findChild<QLabel *>(QStringLiteral("lableStatus")); }
+    QMenu *openContextMenu() const
+    {
+        Q_EMIT table()->customContextMenuRequested(QPoint(10, 10));
+        return qobject_cast<QMenu *>(QApplication::activePopupWidget());
+    }
+    static QAction *entry(const QMenu *menu, const QString &text)
+    {
+        const auto actions = menu->actions();
+        const auto found = std::find_if(actions.begin(), actions.end(), [&](QAction *a) { return a->text() == text; });
+        return found == actions.end() ? nullptr : *found;
+    }
+    void triggerEntry(const QString &text) const
+    {
+        QMenu *menu = openContextMenu();
+        QAction *action = menu ? entry(menu, text) : nullptr;
+        QVERIFY2(action, qPrintable(text));
+        menu->close();
+        action->trigger();
+    }
     QWidget *filterBar() const { return view->findChild<QWidget *>(QStringLiteral("widgetFilter")); }
 
     const RawViewTwin &twin;

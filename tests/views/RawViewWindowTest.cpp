@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tests/views/RawViewWindowTest.h"
 
-#include "tests/support/MessageBoxDriver.h"
 #include "tests/views/RawViewWindowFixture.h"
 
 #include <QMenu>
-#include <QPushButton>
 
 using namespace tztest;
 
@@ -13,27 +11,17 @@ namespace {
 
 std::unique_ptr<RawViewWindowFixture> fixture;
 
-QMenu *openContextMenu()
+QImage imageOf(const QIcon &icon)
 {
-    Q_EMIT fixture->table()->customContextMenuRequested(QPoint(10, 10));
-    auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
-    return menu;
+    return icon.pixmap(16, 16).toImage();
 }
 
-QAction *entry(QMenu *menu, const QString &text)
+QImage resourceImage(const QString &name)
 {
-    const auto actions = menu->actions();
-    const auto found = std::find_if(actions.begin(), actions.end(), [&](QAction *a) { return a->text() == text; });
-    return found == actions.end() ? nullptr : *found;
-}
-
-void triggerEntry(const QString &text)
-{
-    QMenu *menu = openContextMenu();
-    QAction *action = menu ? entry(menu, text) : nullptr;
-    QVERIFY2(action, qPrintable(text));
-    menu->close();
-    action->trigger();
+    const QIcon icon(QStringLiteral(":/resource/%1.png").arg(name));
+    if (icon.pixmap(16, 16).isNull())
+        qFatal("no icon %s", qPrintable(name));
+    return imageOf(icon);
 }
 
 } // namespace
@@ -63,15 +51,17 @@ void TestRawViewWindow::toolRowHasItsTexts()
         const char *name;
         const char *text;
         const char *toolTip;
+        const char *icon;
     };
     const Control controls[] = {
-        {"buttonDevices", "Dev&&Chn ", "Device/channel physical filtering (not displayed in the view interface)"},
-        {"checkBoxFold", "Fold ", "Check to fold the data"},
-        {"buttonPause", "Pause ", ""},
-        {"buttonClear", "Clear ", ""},
-        {"buttonRecord", "Recording ", "Message record, support ASC, CSV"},
-        {"buttonSave", "Save ", "Save data, support ASC, CSV, TXT"},
-        {"buttonFilter", "Filter ", "Data filtering, supports id, device, channel, time filtering"},
+        {"buttonDevices", "Dev&&Chn ", "Device/channel physical filtering (not displayed in the view interface)",
+         "select"},
+        {"checkBoxFold", "Fold ", "Check to fold the data", ""},
+        {"buttonPause", "Pause ", "", "pause"},
+        {"buttonClear", "Clear ", "", "clear"},
+        {"buttonRecord", "Recording ", "Message record, support ASC, CSV", "record"},
+        {"buttonSave", "Save ", "Save data, support ASC, CSV, TXT", "save"},
+        {"buttonFilter", "Filter ", "Data filtering, supports id, device, channel, time filtering", "filter"},
     };
     const auto *row = fixture->view->findChild<QWidget *>(QStringLiteral("widget"));
     QVERIFY(row);
@@ -84,7 +74,7 @@ void TestRawViewWindow::toolRowHasItsTexts()
         QVERIFY2(widget->x() > right, "the order of the row");
         QVERIFY2(widget->width() >= widget->sizeHint().width(), "no text is clipped");
         if (auto *button = qobject_cast<QToolButton *>(widget)) {
-            QVERIFY2(!button->icon().pixmap(16, 16).isNull(), control.name);
+            QCOMPARE(imageOf(button->icon()), resourceImage(QLatin1String(control.icon)));
             QCOMPARE(button->toolButtonStyle(), Qt::ToolButtonTextBesideIcon);
         }
         right = widget->geometry().right();
@@ -93,7 +83,7 @@ void TestRawViewWindow::toolRowHasItsTexts()
 
 void TestRawViewWindow::tableIsSetUp()
 {
-    const QTableView *table = fixture->table();
+    QTableView *table = fixture->table();
     QCOMPARE(table->font().pointSize(), 9);
     QCOMPARE(table->verticalHeader()->defaultSectionSize(), 16);
     QCOMPARE(table->verticalHeader()->minimumSectionSize(), 12);
@@ -103,10 +93,12 @@ void TestRawViewWindow::tableIsSetUp()
     QVERIFY(table->isColumnHidden(5));
     const QMap<int, int> can{{0, 90}, {1, 120}, {2, 50}, {3, 60}, {4, 80},
                              {6, 50}, {7, 80},  {8, 80}, {9, 80}, {10, 60}};
-    const QMap<int, int> lin{{0, 90}, {1, 120}, {2, 50}, {3, 60}, {4, 80}, {6, 80}, {7, 100}, {8, 60}};
+    const QMap<int, int> lin{{0, 90}, {1, 120}, {2, 50}, {3, 60}, {4, 80}, {5, 50}, {6, 80}, {7, 100}, {8, 60}};
     const QMap<int, int> &widths = fixture->isCan() ? can : lin;
+    table->setColumnHidden(5, false); // a hidden column tells no width
     for (auto width = widths.begin(); width != widths.end(); ++width)
         QCOMPARE(table->columnWidth(width.key()), width.value());
+    table->setColumnHidden(5, true);
     fixture->deliver({fixture->rx(1)});
     fixture->tickData();
     QCOMPARE(table->rowHeight(0), 16);
@@ -162,15 +154,13 @@ void TestRawViewWindow::pausingLosesFramesAndStopsTheTicks()
 void TestRawViewWindow::pauseButtonFollowsTheState()
 {
     QToolButton *button = fixture->button("buttonPause");
-    const auto image = [](const QIcon &icon) { return icon.pixmap(16, 16).toImage(); };
-    const auto resource = [&](const char *name) { return image(QIcon(QLatin1String(name))); };
     QTest::mouseClick(button, Qt::LeftButton);
     QCOMPARE(button->text(), QStringLiteral("Resume"));
-    QCOMPARE(image(button->icon()), resource(":/resource/resume.png"));
+    QCOMPARE(imageOf(button->icon()), resourceImage(QStringLiteral("resume")));
     QVERIFY(fixture->view->isPaused());
     QTest::mouseClick(button, Qt::LeftButton);
     QCOMPARE(button->text(), QStringLiteral("Pause"));
-    QCOMPARE(image(button->icon()), resource(":/resource/pause.png"));
+    QCOMPARE(imageOf(button->icon()), resourceImage(QStringLiteral("pause")));
     QVERIFY(!fixture->view->isPaused());
 }
 
@@ -225,43 +215,6 @@ void TestRawViewWindow::hiddenBarKeepsItsContents()
     QCOMPARE(fixture->table()->model()->rowCount(), 1);
 }
 
-void TestRawViewWindow::clearOfAnEmptyViewDoesNotAsk()
-{
-    const MessageBoxDriver driver;
-    fixture->deliver({fixture->rx(1)}); // waits for the tick: counted, but not in the history
-    QTest::mouseClick(fixture->button("buttonClear"), Qt::LeftButton);
-    QVERIFY(driver.seen().empty());
-    QCOMPARE(fixture->view->intake().counters().total, std::uint64_t{0});
-    fixture->tickData();
-    QCOMPARE(fixture->table()->model()->rowCount(), 1);
-}
-
-void TestRawViewWindow::clearAsksAndKeepsOnNo()
-{
-    MessageBoxDriver driver;
-    fixture->deliver({fixture->rx(1)});
-    fixture->tickData();
-    driver.expectBox(QMessageBox::No);
-    QTest::mouseClick(fixture->button("buttonClear"), Qt::LeftButton);
-    QCOMPARE(driver.seen().size(), std::size_t{1});
-    QCOMPARE(driver.seen()[0].title, QStringLiteral("Tips"));
-    QCOMPARE(driver.seen()[0].text, QStringLiteral("Do you want to clear all data?"));
-    QCOMPARE(fixture->table()->model()->rowCount(), 1);
-    QCOMPARE(fixture->view->intake().counters().total, std::uint64_t{1});
-}
-
-void TestRawViewWindow::clearAsksAndEmptiesOnYes()
-{
-    MessageBoxDriver driver;
-    fixture->deliver({fixture->rx(1)});
-    fixture->tickData();
-    driver.expectBox(QMessageBox::Yes);
-    QTest::mouseClick(fixture->button("buttonClear"), Qt::LeftButton);
-    QVERIFY(driver.allMet());
-    QCOMPARE(fixture->table()->model()->rowCount(), 0);
-    QCOMPARE(fixture->view->intake().counters().total, std::uint64_t{0});
-}
-
 void TestRawViewWindow::clearReachesTheFamilyAlone()
 {
     const std::vector<std::uint8_t> own =
@@ -283,69 +236,9 @@ void TestRawViewWindow::clearReachesTheFamilyAlone()
     }
 }
 
-void TestRawViewWindow::devicesDialogChangesTheChannels()
-{
-    MessageBoxDriver driver;
-    bool pausedMeanwhile = false;
-    QString buttonMeanwhile;
-    driver.expectDialog([&](QDialog *dialog) {
-        pausedMeanwhile = fixture->view->isPaused();
-        buttonMeanwhile = fixture->button("buttonPause")->text();
-        QCOMPARE(dialog->windowTitle(), QStringLiteral("Select Device/Channel Filter"));
-        const auto buttons = dialog->findChildren<QPushButton *>();
-        const auto press = [&](const char *text) {
-            for (QPushButton *button : buttons) {
-                if (button->text() == QLatin1String(text))
-                    button->click();
-            }
-        };
-        press("Select None");
-        press("Apply");
-    });
-    QTest::mouseClick(fixture->button("buttonDevices"), Qt::LeftButton);
-    QVERIFY(driver.allMet());
-    QVERIFY(pausedMeanwhile);
-    QCOMPARE(buttonMeanwhile, QStringLiteral("Resume"));
-    QVERIFY(!fixture->view->isPaused());
-    QCOMPARE(fixture->button("buttonPause")->text(), QStringLiteral("Pause"));
-    QVERIFY(fixture->view->intake().devices().empty());
-    fixture->deliver({fixture->rx(1)});
-    fixture->tickData();
-    QCOMPARE(fixture->table()->model()->rowCount(), 0); // an empty choice shows nothing
-    QCOMPARE(fixture->view->intake().counters().total, std::uint64_t{0});
-}
-
-void TestRawViewWindow::cancelledDevicesDialogEndsAnEarlierPause()
-{
-    MessageBoxDriver driver;
-    QTest::mouseClick(fixture->button("buttonPause"), Qt::LeftButton);
-    driver.expectDialog([](QDialog *dialog) { dialog->reject(); });
-    QTest::mouseClick(fixture->button("buttonDevices"), Qt::LeftButton);
-    QVERIFY(driver.allMet());
-    QVERIFY(!fixture->view->isPaused());
-    QCOMPARE(fixture->button("buttonPause")->text(), QStringLiteral("Pause"));
-    QCOMPARE(fixture->view->intake().devices().size(), std::size_t{16});
-}
-
-void TestRawViewWindow::viewMayGoUnderItsOwnDialogs()
-{
-    MessageBoxDriver driver;
-    driver.expectDialog([](QDialog *) { fixture->view.reset(); });
-    fixture->button("buttonDevices")->click();
-    QVERIFY(driver.allMet());
-    QVERIFY(!fixture->view);
-    QFETCH(int, kind);
-    fixture = std::make_unique<RawViewWindowFixture>(static_cast<std::uint8_t>(kind));
-    fixture->deliver({fixture->rx(1)});
-    fixture->tickData();
-    QTimer::singleShot(0, [] { fixture->view.reset(); });
-    fixture->button("buttonClear")->click();
-    QVERIFY(!fixture->view);
-}
-
 void TestRawViewWindow::contextMenuHasItsEntries()
 {
-    QMenu *menu = openContextMenu();
+    QMenu *menu = fixture->openContextMenu();
     QVERIFY(menu);
     const auto texts = [](const QMenu *from) {
         QStringList list;
@@ -355,33 +248,18 @@ void TestRawViewWindow::contextMenuHasItsEntries()
     };
     QCOMPARE(texts(menu), (QStringList{"Copy Data", "Copy Row", "Copy Selected", "-", "Filter", "Clear", "Pause ",
                                        "Save", "Devices&&Channels Filter"}));
-    for (const QAction *action : menu->actions())
-        QVERIFY(action->isSeparator() || !action->icon().pixmap(16, 16).isNull());
+    const QStringList icons{"copy", "copy", "copy", "", "filter", "clear", "pause", "save", "select"};
+    for (int n = 0; n < icons.size(); ++n) {
+        if (!icons[n].isEmpty())
+            QCOMPARE(imageOf(menu->actions().at(n)->icon()), resourceImage(icons[n]));
+    }
     for (const char *later : {"Copy Data", "Copy Row", "Copy Selected", "Save"})
-        QVERIFY(!entry(menu, QLatin1String(later))->isEnabled());
+        QVERIFY(!RawViewWindowFixture::entry(menu, QLatin1String(later))->isEnabled());
     menu->close();
-    triggerEntry(QStringLiteral("Pause "));
-    menu = openContextMenu();
-    QVERIFY(menu && entry(menu, QStringLiteral("Resume")));
+    fixture->triggerEntry(QStringLiteral("Pause "));
+    menu = fixture->openContextMenu();
+    const QAction *resume = menu ? RawViewWindowFixture::entry(menu, QStringLiteral("Resume")) : nullptr;
+    QVERIFY(resume);
+    QCOMPARE(imageOf(resume->icon()), resourceImage(QStringLiteral("resume")));
     menu->close();
-}
-
-void TestRawViewWindow::contextMenuActsLikeTheButtons()
-{
-    MessageBoxDriver driver;
-    triggerEntry(QStringLiteral("Filter"));
-    QVERIFY(fixture->filterBar()->isVisible());
-    triggerEntry(QStringLiteral("Pause "));
-    QVERIFY(fixture->view->isPaused());
-    QCOMPARE(fixture->button("buttonPause")->text(), QStringLiteral("Resume"));
-    triggerEntry(QStringLiteral("Resume"));
-    QVERIFY(!fixture->view->isPaused());
-    fixture->deliver({fixture->rx(1)});
-    fixture->tickData();
-    driver.expectBox(QMessageBox::Yes);
-    triggerEntry(QStringLiteral("Clear"));
-    QCOMPARE(fixture->table()->model()->rowCount(), 0);
-    driver.expectDialog([](QDialog *dialog) { dialog->reject(); });
-    triggerEntry(QStringLiteral("Devices&&Channels Filter"));
-    QVERIFY(driver.allMet());
 }

@@ -33,24 +33,10 @@ private Q_SLOTS:
     void filterButtonTogglesTheBar();
     void hiddenBarKeepsItsContents_data() { twins(); }
     void hiddenBarKeepsItsContents();
-    void clearOfAnEmptyViewDoesNotAsk_data() { twins(); }
-    void clearOfAnEmptyViewDoesNotAsk();
-    void clearAsksAndKeepsOnNo_data() { twins(); }
-    void clearAsksAndKeepsOnNo();
-    void clearAsksAndEmptiesOnYes_data() { twins(); }
-    void clearAsksAndEmptiesOnYes();
     void clearReachesTheFamilyAlone_data() { twins(); }
     void clearReachesTheFamilyAlone();
-    void devicesDialogChangesTheChannels_data() { twins(); }
-    void devicesDialogChangesTheChannels();
-    void cancelledDevicesDialogEndsAnEarlierPause_data() { twins(); }
-    void cancelledDevicesDialogEndsAnEarlierPause();
-    void viewMayGoUnderItsOwnDialogs_data() { twins(); }
-    void viewMayGoUnderItsOwnDialogs();
     void contextMenuHasItsEntries_data() { twins(); }
     void contextMenuHasItsEntries();
-    void contextMenuActsLikeTheButtons_data() { twins(); }
-    void contextMenuActsLikeTheButtons();
 
 private:
     static void twins();

@@ -136,11 +136,11 @@ void TzRawViewWindow::onShowContextMenu(QPoint pos)
 {
     auto *menu = new QMenu(this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
-    addActions(menu);
+    fillContextMenu(menu);
     menu->popup(m_ui->tableView->viewport()->mapToGlobal(pos));
 }
 
-void TzRawViewWindow::addActions(QMenu *menu)
+void TzRawViewWindow::fillContextMenu(QMenu *menu)
 {
     const auto add = [this, menu](const QString &text, const QIcon &icon, QToolButton *button, auto slot) {
         QAction *action = menu->addAction(icon, text, this, slot);
@@ -161,8 +161,29 @@ void TzRawViewWindow::addActions(QMenu *menu)
 
 void TzRawViewWindow::on_buttonDevices_clicked()
 {
+    askLater(&TzRawViewWindow::askForDevices);
+}
+
+// The view may be destroyed while a dialog of it is up, as the program may be ended from outside. So a dialog waits for
+// the event loop: within the click, a handler of the button or the menu entry, which go with the view, would still be
+// under way. A second click that comes before the dialog shows asks for nothing.
+void TzRawViewWindow::askLater(void (TzRawViewWindow::*ask)())
+{
+    if (m_asking)
+        return;
+    m_asking = true;
+    const auto askNow = [this, ask] {
+        const QPointer<TzRawViewWindow> self(this);
+        (this->*ask)();
+        if (self)
+            m_asking = false;
+    };
+    QMetaObject::invokeMethod(this, askNow, Qt::QueuedConnection);
+}
+
+void TzRawViewWindow::askForDevices()
+{
     setPaused(true);
-    // The view may be closed while the dialog is up, as the program may be ended from outside; its children go with it.
     const QPointer<TzRawViewWindow> self(this);
     const QPointer<TzVciChannelSelectDialog> dialog(
         new TzVciChannelSelectDialog(m_deviceStore, viewKind(), false, &intake().devices(), this));
@@ -203,20 +224,23 @@ void TzRawViewWindow::showPaused(bool paused)
 
 void TzRawViewWindow::on_buttonClear_clicked()
 {
-    if (m_model->allMessages().empty() || confirmClear())
+    if (m_model->allMessages().empty())
         onClearViewWindow(viewKind());
+    else
+        askLater(&TzRawViewWindow::askForClear);
 }
 
-// False also where the view was closed under the question: nothing of it may be touched then.
-bool TzRawViewWindow::confirmClear()
+void TzRawViewWindow::askForClear()
 {
     const QPointer<QMessageBox> box(new QMessageBox(QMessageBox::Question, tr("Tips"),
                                                     tr("Do you want to clear all data?"),
                                                     QMessageBox::Yes | QMessageBox::No, this));
     const int answer = box->exec();
-    const bool alive = !box.isNull();
+    if (!box) // gone with the view, of which nothing may be touched any more
+        return;
     delete box;
-    return alive && answer == QMessageBox::Yes;
+    if (answer == QMessageBox::Yes)
+        onClearViewWindow(viewKind());
 }
 
 void TzRawViewWindow::on_buttonFilter_clicked()

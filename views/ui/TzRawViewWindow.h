@@ -58,11 +58,14 @@ private:
     void reservePauseButtonWidth();
     void widenTimeColumn();
     void showPaused(bool paused);
-    bool confirmClear();
-    void addActions(QMenu *menu);
+    void fillContextMenu(QMenu *menu);
+    void askLater(void (TzRawViewWindow::*ask)());
+    void askForDevices();
+    void askForClear();
 
     TzVciDeviceStore *const m_deviceStore;
     const std::unique_ptr<Ui::TzRawViewWindow> m_ui;
     TzRawViewModel *const m_model;               // a child of this window
     TzVciViewFilterWidget *const m_filterWidget; // a child of this window
+    bool m_asking = false;                       // a dialog of this window shows or is about to
 };

@@ -6,6 +6,7 @@
 #include <QAbstractItemView>
 #include <QCloseEvent>
 #include <QScrollBar>
+#include <QTimer>
 
 namespace {
 
@@ -28,25 +29,29 @@ TzVciBaseViewWindow::TzVciBaseViewWindow(TzVciDeviceManager *deviceManager, std:
     : QWidget(parent)
     , m_deviceManager(deviceManager)
     , m_viewKind(viewKind)
+    , m_dataTimer(new QTimer(this))
+    , m_uiTimer(new QTimer(this))
     , m_intake(viewKind)
 {
     setAttribute(Qt::WA_DeleteOnClose);
-    m_dataTimer.setTimerType(Qt::PreciseTimer); // the default may stretch 20 ms ticks, and with them the queue
-    m_dataTimer.setInterval(dataInterval);
-    m_uiTimer.setInterval(uiInterval);
-    connect(&m_dataTimer, &QTimer::timeout, this, &TzVciBaseViewWindow::onUpdateData);
-    connect(&m_uiTimer, &QTimer::timeout, this, &TzVciBaseViewWindow::onUpdateUi);
+    m_dataTimer->setObjectName(QStringLiteral("dataTimer"));
+    m_uiTimer->setObjectName(QStringLiteral("uiTimer"));
+    m_dataTimer->setTimerType(Qt::PreciseTimer); // the default may stretch 20 ms ticks, and with them the queue
+    m_dataTimer->setInterval(dataInterval);
+    m_uiTimer->setInterval(uiInterval);
+    connect(m_dataTimer, &QTimer::timeout, this, &TzVciBaseViewWindow::onUpdateData);
+    connect(m_uiTimer, &QTimer::timeout, this, &TzVciBaseViewWindow::onUpdateUi);
 }
 
 TzVciBaseViewWindow::~TzVciBaseViewWindow()
 {
-    m_dataTimer.stop();
-    m_uiTimer.stop();
+    m_dataTimer->stop();
+    m_uiTimer->stop();
 }
 
 void TzVciBaseViewWindow::setTimersStopped(bool stopped)
 {
-    for (QTimer *timer : {&m_dataTimer, &m_uiTimer}) {
+    for (QTimer *timer : {m_dataTimer, m_uiTimer}) {
         if (stopped)
             timer->stop();
         else
@@ -82,7 +87,7 @@ void TzVciBaseViewWindow::setPaused(bool paused)
 void TzVciBaseViewWindow::watchVisibleRows(QAbstractItemView *view)
 {
     m_view = view;
-    connect(view->verticalScrollBar(), &QScrollBar::valueChanged, this, &TzVciBaseViewWindow::onScrolled);
+    connect(view->verticalScrollBar(), &QScrollBar::valueChanged, this, &TzVciBaseViewWindow::onScrolledOrResized);
 }
 
 void TzVciBaseViewWindow::updateVisibleRows()
@@ -91,7 +96,7 @@ void TzVciBaseViewWindow::updateVisibleRows()
     Q_EMIT sigUpdateVisibleRow(visible.first, visible.last);
 }
 
-void TzVciBaseViewWindow::onScrolled()
+void TzVciBaseViewWindow::onScrolledOrResized()
 {
     const TzVisibleRows visible = visibleRowsOf(*m_view, rowHeight);
     m_atBottom = visible.atBottom;
@@ -108,9 +113,6 @@ void TzVciBaseViewWindow::closeEvent(QCloseEvent *event)
 void TzVciBaseViewWindow::resizeEvent(QResizeEvent *event)
 {
     QWidget::resizeEvent(event);
-    if (!m_view)
-        return;
-    const TzVisibleRows visible = visibleRowsOf(*m_view, rowHeight);
-    m_atBottom = m_atBottom || visible.atBottom; // a smaller page moves the end away, not the user
-    Q_EMIT sigUpdateVisibleRow(visible.first, visible.last);
+    if (m_view)
+        onScrolledOrResized();
 }

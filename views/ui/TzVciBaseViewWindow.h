@@ -5,7 +5,6 @@
 
 #include "vci/TzVciMessage.h"
 
-#include <QTimer>
 #include <QWidget>
 
 #include <cstdint>
@@ -15,6 +14,7 @@
 #include <vector>
 
 class QAbstractItemView;
+class QTimer;
 class TzVciDeviceManager;
 
 /// A traffic view: a window that shows one stream of traffic. The base decides which frames enter, counts them and
@@ -68,20 +68,19 @@ protected:
     void watchVisibleRows(QAbstractItemView *view);
     /// Tells the visible rows anew, for rows that came without a movement of the scroll bar.
     void updateVisibleRows();
-    /// Whether the view stood at its end when it was last scrolled, so that it should follow new rows. A window made
-    /// smaller keeps following.
+    /// Whether the view stood at its end when it was last scrolled or resized, so that it should follow new rows.
     bool isAtBottom() const { return m_atBottom; }
 
     void closeEvent(QCloseEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
 
 private:
-    void onScrolled();
+    void onScrolledOrResized();
 
     TzVciDeviceManager *const m_deviceManager;
     const std::uint8_t m_viewKind;
-    QTimer m_dataTimer;
-    QTimer m_uiTimer;
+    QTimer *const m_dataTimer; // a child of this window, as is the next
+    QTimer *const m_uiTimer;
     TzViewIntake m_intake;
     QAbstractItemView *m_view = nullptr; // a child of this window
     bool m_atBottom = false;
