@@ -6,10 +6,12 @@
 #include "tests/support/MessageBoxDriver.h"
 #include "views/ui/TzVciBaseViewWindow.h"
 
+#include <QAbstractButton>
 #include <QCloseEvent>
 #include <QMessageBox>
 #include <QPointer>
 #include <QSignalSpy>
+#include <QTableView>
 #include <QtTest>
 
 namespace {
@@ -56,6 +58,12 @@ void openViews(tztest::AppFixture &fixture, int canViews, int linViews = 0)
 QRect wholeArea(tztest::AppFixture &fixture)
 {
     return {QPoint(0, 0), fixture.area().viewport()->size()};
+}
+
+/// The rows that a view shows, counted from 0.
+int rowsOf(tztest::AppFixture &fixture, std::size_t view)
+{
+    return fixture.helper().views().views().at(view)->findChild<QTableView *>()->model()->rowCount();
 }
 
 tzsim::CanFrame canFrame(std::uint32_t id)
@@ -327,6 +335,51 @@ void TestViewManagement::framesReachEveryViewOfTheirFamily()
     fixture.simulator.box(0).injectLin(0, tzsim::LinFrame::make(0x11, data));
     QVERIFY(tztest::waitFor([&] { return fixture.countersOf(0).rx == 50 && fixture.countersOf(1).rx == 50; }));
     QVERIFY(tztest::waitFor([&] { return fixture.countersOf(2).total == 1 && fixture.countersOf(3).total == 1; }));
+}
+
+void TestViewManagement::clearButtonOfAViewReachesThatViewAlone()
+{
+    tztest::AppFixture fixture(1);
+    openViews(fixture, 2);
+    QVERIFY(fixture.openAll(0, can, 0));
+    for (std::uint32_t id = 0; id < 10; ++id)
+        fixture.simulator.box(0).injectCan(0, canFrame(id));
+    QVERIFY(tztest::waitFor([&] { return rowsOf(fixture, 0) == 10 && rowsOf(fixture, 1) == 10; }));
+    tztest::MessageBoxDriver driver;
+    driver.expectBox(QMessageBox::Yes);
+    auto *clear = fixture.helper().views().views().at(0)->findChild<QAbstractButton *>(QStringLiteral("buttonClear"));
+    QVERIFY(clear);
+    QTest::mouseClick(clear, Qt::LeftButton);
+    QVERIFY(tztest::waitFor([&] { return driver.allMet() && rowsOf(fixture, 0) == 0; }));
+    QCOMPARE(fixture.countersOf(0).total, std::uint64_t{0});
+    QCOMPARE(rowsOf(fixture, 1), 10);
+    QCOMPARE(fixture.countersOf(1).total, std::uint64_t{10});
+}
+
+void TestViewManagement::clearSignalOfADecodedKindReachesItsFamily()
+{
+    tztest::AppFixture fixture;
+    openViews(fixture, 2, 2);
+    const auto fill = [&] {
+        for (TzVciBaseViewWindow *view : fixture.helper().views().views()) {
+            view->onReceivedMessages({TzVciMessage{}}); // no drain runs here
+            view->onUpdateData();
+        }
+    };
+    const auto rowsAndTotals = [&] {
+        std::vector<std::pair<int, std::uint64_t>> result;
+        for (std::size_t view = 0; view < 4; ++view)
+            result.emplace_back(rowsOf(fixture, view), fixture.countersOf(view).total);
+        return result;
+    };
+    using Result = decltype(rowsAndTotals());
+    fill();
+    QCOMPARE(rowsAndTotals(), (Result{{1, 1}, {1, 1}, {1, 1}, {1, 1}}));
+    Q_EMIT fixture.helper().sigClearViewWindow(TzVciViewKind::dbc);
+    QCOMPARE(rowsAndTotals(), (Result{{0, 0}, {0, 0}, {1, 1}, {1, 1}}));
+    fill();
+    Q_EMIT fixture.helper().sigClearViewWindow(TzVciViewKind::ldf);
+    QCOMPARE(rowsAndTotals(), (Result{{1, 1}, {1, 1}, {0, 0}, {0, 0}}));
 }
 
 void TestViewManagement::viewsMayCloseWhileFramesFlow()

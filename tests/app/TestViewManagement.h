@@ -31,5 +31,7 @@ private Q_SLOTS:
     void closingTheLastChannelStopsTheTimer();
     // frames
     void framesReachEveryViewOfTheirFamily();
+    void clearButtonOfAViewReachesThatViewAlone();
+    void clearSignalOfADecodedKindReachesItsFamily();
     void viewsMayCloseWhileFramesFlow();
 };
