@@ -6,6 +6,7 @@
 #include "app/TzBenchWindowHelper.h"
 #include "app/TzViewTiler.h"
 #include "bench/BenchReport.h"
+#include "common/Log.h"
 #include "common/ui/WorkbenchStyle.h"
 #include "vci/TzVciDeviceManager.h"
 #include "vci/TzVciDeviceScanner.h"
@@ -19,6 +20,7 @@
 #include <QTemporaryDir>
 #include <QTimer>
 
+#include <algorithm>
 #include <atomic>
 #include <filesystem>
 #include <fstream>
@@ -36,6 +38,8 @@ constexpr int devices = 16;
 constexpr int channels = 8;
 constexpr int framesPerMillisecond = 16 * channels; // of one device: 16 000 frames/s a channel
 constexpr std::size_t batchSize = 32;               // what a receive thread delivers at once
+/// A machine that stood still delivers no more than the sockets held meanwhile.
+constexpr std::chrono::milliseconds longestCatchUp{50};
 constexpr std::size_t views = tzMaxViews;
 constexpr std::chrono::milliseconds fillingTime{400}; // until then the models' queues take every frame
 constexpr std::chrono::seconds fullLoadTime{8};
@@ -94,15 +98,16 @@ private:
     {
         std::vector<TzVciMessage> batch(batchSize);
         std::uint64_t number = 0;
-        const auto started = Clock::now();
-        for (std::uint64_t millisecond = 1; m_go.load(std::memory_order_relaxed); ++millisecond) {
+        auto due = Clock::now();
+        while (m_go.load(std::memory_order_relaxed)) {
             for (int sent = 0; sent < framesPerMillisecond; sent += static_cast<int>(batchSize)) {
                 for (TzVciMessage &frame : batch)
                     fill(frame, device, number++);
                 inlet.putCan(batch);
                 m_count.fetch_add(batchSize, std::memory_order_relaxed);
             }
-            std::this_thread::sleep_until(started + std::chrono::milliseconds(millisecond));
+            due = std::max(due + std::chrono::milliseconds(1), Clock::now() - longestCatchUp);
+            std::this_thread::sleep_until(due);
         }
     }
     static void fill(TzVciMessage &frame, std::uint8_t device, std::uint64_t number)
@@ -239,5 +244,9 @@ int main(int argc, char **argv)
     Common::applyWorkbenchStyle(application);
     const QTemporaryDir workDir;
     QDir::setCurrent(workDir.path());
-    return DrainBench().run() ? 0 : 1;
+    Common::logInit("logs/TZBench.log", Common::LogLevel::info, 10, 5);
+    Common::logStart(false); // as in the program: the drain's warnings must not wait for a console
+    const bool ok = DrainBench().run();
+    Common::logStop();
+    return ok ? 0 : 1;
 }
