@@ -8,7 +8,8 @@
 /// the thread "tz-crash", which
 ///   1. fires EmergencyStop,
 ///   2. lets the thread "tz-crash-hook" run the crash hook and write out the log, and waits for it up to a limit,
-///   3. writes the crashed thread's backtrace behind the log file's end and to the console,
+///   3. writes a line that names the signal, and then the crashed thread's backtrace, behind the log file's end and to
+///      the console; a backtrace that cannot be taken within half a second is left out,
 ///   4. lets the signal take the course it would have had without us.
 /// Nothing on that road but the hook itself allocates or takes a lock that the crashed thread may hold.
 namespace Common::CrashHandler {

@@ -177,8 +177,9 @@ void CrashRoad::onTerminate()
     std::abort();
 }
 
-// Wakes the watcher first and looks at its own stack afterwards: the unwinder may wait for ever on a lock that this
-// thread held when it crashed, and the boxes must fall silent all the same.
+// Looks at its own stack only when the watcher asks for it, at the very end: on a broken stack the unwinder may fault,
+// which ends the process at once, or wait for ever on a lock that this thread held when it crashed. By then the boxes
+// are silent and the hook has run.
 void CrashRoad::travel(int signal, bool fromTerminate)
 {
     const long self = platform::thisThreadId();
@@ -198,7 +199,9 @@ void CrashRoad::travel(int signal, bool fromTerminate)
         describeCurrentException(m_reason); // no signal context here
     m_crashSignal.store(signal);
     m_crashed.set();
+    m_framesWanted.wait();
     m_frameCount.store(platform::captureBacktrace(m_frames));
+    m_framesCaptured.set();
     m_roadEnded.wait();
 }
 
@@ -214,6 +217,8 @@ void CrashRoad::watch()
         if (event == 0) {
             if (const int signal = m_crashSignal.load()) {
                 walk(signal, true);
+                if (!reportFrames())
+                    platform::dieBySignal(signal); // the crashed thread comes back no more
                 m_roadEnded.set();
                 platform::parkForever(); // the crashed thread ends the process
             }
@@ -240,19 +245,16 @@ std::chrono::milliseconds CrashRoad::timeToTermination() const
     return std::max(left, std::chrono::milliseconds(0));
 }
 
-void CrashRoad::walk(int signal, bool withBacktrace)
+void CrashRoad::walk(int signal, bool isCrash)
 {
     EmergencyStop::fire();
     m_hookWanted.set();
     const bool hookEnded = m_hookEnded.wait(m_hookLimit.load());
-    report(signal, hookEnded, withBacktrace);
+    report(signal, hookEnded, isCrash);
 }
 
-void CrashRoad::report(int signal, bool hookEnded, bool withBacktrace)
+void CrashRoad::report(int signal, bool hookEnded, bool isCrash)
 {
-    const auto end = Clock::now() + backtraceLimit;
-    while (withBacktrace && m_frameCount.load() < 0 && Clock::now() < end)
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
     const auto now = std::chrono::floor<std::chrono::milliseconds>(std::chrono::system_clock::now() + m_utcOffset);
     const auto day = std::chrono::floor<std::chrono::days>(now);
     const std::chrono::year_month_day date(day);
@@ -262,11 +264,20 @@ void CrashRoad::report(int signal, bool hookEnded, bool withBacktrace)
         text.data(), text.size() - 1, "{:04}-{:02}-{:02} {:02}:{:02}:{:02}.{:03} [error] {} {}{}{}{}\n",
         static_cast<int>(date.year()), static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
         time.hours().count(), time.minutes().count(), time.seconds().count(), time.subseconds().count(),
-        withBacktrace ? "Fatal signal" : "Not ended in time after", platform::signalName(signal),
+        isCrash ? "Fatal signal" : "Not ended in time after", platform::signalName(signal),
         m_reason[0] ? ": " : "", m_reason.data(), hookEnded ? "" : " (the crash hook did not end in time)");
-    const int count = withBacktrace ? std::max(m_frameCount.load(), 0) : 0;
-    platform::writeCrashReport(detail::crashReportPath(), text.data(),
-                               std::span(m_frames).first(static_cast<std::size_t>(count)));
+    platform::writeCrashReport(detail::crashReportPath(), text.data(), {});
+}
+
+// False where the crashed thread does not deliver in time.
+bool CrashRoad::reportFrames()
+{
+    m_framesWanted.set();
+    if (!m_framesCaptured.wait(backtraceLimit))
+        return false;
+    const auto count = static_cast<std::size_t>(std::max(m_frameCount.load(), 0));
+    platform::writeCrashReport(detail::crashReportPath(), "", std::span(m_frames).first(count));
+    return true;
 }
 
 // --- The threads that run what belongs to others ---

@@ -47,8 +47,9 @@ private:
     void travel(int signal, bool fromTerminate);
     void watch();
     std::chrono::milliseconds timeToTermination() const;
-    void walk(int signal, bool withBacktrace);
-    void report(int signal, bool hookEnded, bool withBacktrace);
+    void walk(int signal, bool isCrash);
+    void report(int signal, bool hookEnded, bool isCrash);
+    bool reportFrames();
     void runHook();
     void runTermination();
     void stopTermination();
@@ -65,12 +66,12 @@ private:
     std::terminate_handler m_previousTerminate = nullptr;
     std::chrono::seconds m_utcOffset{0}; // taken at the start: asking for it takes a lock
 
-    // Written by the first crashed thread; all but the frames before it wakes the watcher.
+    // Written by the first crashed thread; all but the frames before it wakes the watcher, the frames when asked for.
     std::atomic<long> m_crashedThread{0};
     std::atomic<int> m_crashSignal{0};
     std::array<char, 256> m_reason{}; // of std::terminate; zero-terminated
     std::array<void *, 64> m_frames{};
-    std::atomic<int> m_frameCount{-1}; // -1: not captured yet
+    std::atomic<int> m_frameCount{0};
 
     std::atomic<long> m_watcherId{0};
     std::atomic<long> m_hookRunnerId{0};
@@ -78,6 +79,8 @@ private:
     platform::WakeEvent m_terminationAsked;
     platform::WakeEvent m_hookWanted;
     platform::WakeEvent m_hookEnded;
+    platform::WakeEvent m_framesWanted;
+    platform::WakeEvent m_framesCaptured;
     platform::WakeEvent m_roadEnded;
     platform::WakeEvent m_terminationWanted;
 

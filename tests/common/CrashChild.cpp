@@ -20,6 +20,8 @@
 #include <string_view>
 #include <thread>
 
+#include <dlfcn.h>
+#include <execinfo.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
@@ -82,6 +84,15 @@ void faultAt(std::uintptr_t address)
 void fault()
 {
     faultAt(sizeof(int));
+}
+
+// What the unwinder does, once set, in the place of its work.
+std::atomic<void (*)()> unwinderTrouble{nullptr};
+
+void crashWith(void (*trouble)())
+{
+    unwinderTrouble = trouble;
+    fault();
 }
 
 // Big frames, not to be optimised into a loop.
@@ -182,6 +193,8 @@ Modes makeModes(char **arguments)
         {"segv-on-thread", [] { onThread(fault); }},
         {"overflow", [] { overflow(0); }},
         {"overflow-on-thread", [] { onThread([] { overflow(0); }); }},
+        {"faulting-unwinder", [] { crashWith(fault); }},
+        {"hanging-unwinder", [] { crashWith(stayForever); }},
         {"abort", [] { std::abort(); }},
         {"terminate", throwUncaught},
         {"sent-from-outside",
@@ -239,6 +252,15 @@ Modes makeModes(char **arguments)
 }
 
 } // namespace
+
+// Stands before the system's function of that name, which looks at the stack of the calling thread.
+extern "C" int backtrace(void **frames, int count)
+{
+    if (void (*const trouble)() = unwinderTrouble.load())
+        trouble();
+    static const auto original = reinterpret_cast<int (*)(void **, int)>(::dlsym(RTLD_NEXT, "backtrace"));
+    return original ? original(frames, count) : 0;
+}
 
 int main(int argc, char **argv)
 {

@@ -136,6 +136,24 @@ INSTANTIATE_TEST_SUITE_P(Crashes, CrashRoadCase,
                              return name;
                          });
 
+// The stack is broken more often than not where a program crashes: what looks at it comes last.
+TEST_F(CrashHandlerTest, AFaultInTheUnwinderLosesTheBacktraceAlone)
+{
+    run(QStringLiteral("faulting-unwinder"));
+    expectDiedBy(SIGSEGV);
+    EXPECT_EQ(m_output, "hook\n");
+    EXPECT_THAT(logText(), HasSubstr("[info] System abnormality, exiting..."));
+    EXPECT_THAT(logText(), HasSubstr("[error] Fatal signal SIGSEGV"));
+}
+
+TEST_F(CrashHandlerTest, AnUnwinderThatHangsDoesNotKeepTheProcessAlive)
+{
+    run(QStringLiteral("hanging-unwinder"));
+    expectDiedBy(SIGSEGV);
+    EXPECT_EQ(m_output, "hook\n");
+    EXPECT_THAT(logText(), HasSubstr("[error] Fatal signal SIGSEGV"));
+}
+
 TEST_F(CrashHandlerTest, AHookThatHangsIsLeftBehindAfterItsLimit)
 {
     QElapsedTimer time;
