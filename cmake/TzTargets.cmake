@@ -82,10 +82,3 @@ function(tz_test_environment name)
         "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/cmake/lsan.supp"
         "UBSAN_OPTIONS=print_stacktrace=1")
 endfunction()
-
-# While the house is being built a folder may not have its CMakeLists.txt yet.
-macro(tz_add_folder folder)
-    if(EXISTS ${CMAKE_CURRENT_SOURCE_DIR}/${folder}/CMakeLists.txt)
-        add_subdirectory(${folder})
-    endif()
-endmacro()

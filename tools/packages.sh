@@ -4,9 +4,9 @@
 tz_say() { printf '== %s\n' "$*"; }
 tz_fail() { printf 'error: %s\n' "$*" >&2; exit 1; }
 
-tz_build_packages="g++ cmake ninja-build ccache pkg-config qtbase5-dev libqt5svg5-dev qttools5-dev libfmt-dev libspdlog-dev
-libconcurrentqueue-dev zlib1g-dev libgtest-dev libgmock-dev libbenchmark-dev librsvg2-bin icoutils"
-tz_run_packages="xvfb xauth libqt5svg5 fonts-dejavu-core"
+tz_build_packages="g++ cmake ninja-build pkg-config qtbase5-dev libfmt-dev libspdlog-dev
+libconcurrentqueue-dev libgtest-dev libgmock-dev librsvg2-bin icoutils"
+tz_run_packages="xvfb xauth fonts-dejavu-core"
 tz_test_packages="iproute2 xdotool imagemagick procps python3"
 tz_fuzz_packages="clang libclang-rt-14-dev"
 
@@ -31,8 +31,6 @@ tz_install() {
 tz_build() {
     local preset=$1
     shift
-    export CCACHE_SLOPPINESS=pch_defines,time_macros,include_file_mtime,include_file_ctime
-    export CCACHE_COMPILERCHECK=content
     if [ ! -f "build/$preset/build.ninja" ]; then
         tz_say "configuring $preset"
         cmake --preset "$preset" >"build-$preset.log" 2>&1 || { cat "build-$preset.log"; tz_fail "cmake --preset $preset failed"; }
