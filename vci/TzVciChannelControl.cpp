@@ -63,6 +63,8 @@ int TzVciChannelControl::open(int deviceIndex, std::uint8_t protocol, int channe
     if (indices.empty())
         return TzVciResult::noChannel;
     const std::lock_guard lock(m_mutex);
+    if (!m_parts.link.isConnected()) // it went while this call waited for its turn
+        return TzVciResult::linkDown;
     for (const std::uint32_t index : indices) {
         const int result = openOne({deviceIndex, protocol, static_cast<std::uint8_t>(index)});
         if (result != TzVciResult::ok)
@@ -116,13 +118,18 @@ int TzVciChannelControl::openLin(const Channel &channel, const TzVciLinChannelCo
 
 int TzVciChannelControl::sendOpen(const Channel &channel, const TzVciProtocolData &request)
 {
-    if (isRefused(request)) {
-        Common::logError("Open device {} channel {} failed: id {}.", channel.deviceIndex, channel.index + 1,
-                         channel.protocol);
-        return TzVciResult::openChannelRefused;
-    }
+    // Armed first: the box may be open from the moment that the request has left.
     armEmergencyStop(m_parts.link.emergencySlot(), channel.protocol, channel.index);
-    return TzVciResult::ok;
+    const int result = send(request);
+    if (result == TzVciResult::ok)
+        return TzVciResult::ok;
+    // A refusal leaves the box as it was. After a time-out nobody knows, so the datagram stays until the channel is
+    // closed after a later opening, or the link ends.
+    if (result == TzVciResult::requestRefused && !isOpen(channel))
+        disarm(channel);
+    Common::logError("Open device {} channel {} failed: id {}.", channel.deviceIndex, channel.index + 1,
+                     channel.protocol);
+    return TzVciResult::openChannelRefused;
 }
 
 int TzVciChannelControl::configureFd(const Channel &channel, const TzVciCanChannelConfig &config)
@@ -139,17 +146,28 @@ int TzVciChannelControl::configureFd(const Channel &channel, const TzVciCanChann
         makeApplyCanParameters(index),
     };
     for (const TzVciProtocolData &request : requests) {
-        if (!isRefused(request))
+        if (send(request) == TzVciResult::ok)
             continue;
         const unsigned parameter = request.length > 0 ? request.payload[0] : 0;
         Common::logError("Configure device {} channel {} failed: id {}, param 0x{:X} ", channel.deviceIndex,
                          channel.index + 1, channel.protocol, parameter);
-        // The box has the channel open, though it does not count as open here: it must not stay on the bus like that.
-        isRefused(makeCloseChannel(channel.protocol, index));
-        Common::EmergencyStop::disarm(m_parts.link.emergencySlot(), channel.protocol, index);
+        closeHalfConfigured(channel);
         return TzVciResult::parameterRefused;
     }
     return TzVciResult::ok;
+}
+
+// The box has the channel open with parameters that are not the user's: it must not stay on the bus like that. One that
+// was open before this opening is closed for everybody, which has to be told.
+void TzVciChannelControl::closeHalfConfigured(const Channel &channel)
+{
+    const bool wasOpen = isOpen(channel);
+    if (wasOpen)
+        m_parts.periodSender.clear(channel.protocol, channel.index);
+    send(makeCloseChannel(channel.protocol, channel.index));
+    markClosed(channel);
+    if (wasOpen)
+        m_parts.notifyStatus(closedStatus(channel.protocol));
 }
 
 int TzVciChannelControl::close(int deviceIndex, std::uint8_t protocol, int channelIndex)
@@ -174,9 +192,9 @@ int TzVciChannelControl::close(int deviceIndex, std::uint8_t protocol, int chann
 int TzVciChannelControl::closeOne(const Channel &channel)
 {
     m_parts.periodSender.clear(channel.protocol, channel.index);
-    if (!m_parts.store.isChannelOpen(channel.deviceIndex, channel.protocol, channel.index))
+    if (!isOpen(channel))
         return TzVciResult::ok;
-    const bool refused = isRefused(makeCloseChannel(channel.protocol, channel.index));
+    const bool refused = send(makeCloseChannel(channel.protocol, channel.index)) != TzVciResult::ok;
     if (refused)
         Common::logError("Close device {} channel {} failed: id {}", channel.deviceIndex, channel.index + 1,
                          channel.protocol);
@@ -188,7 +206,7 @@ int TzVciChannelControl::closeOne(const Channel &channel)
 
 void TzVciChannelControl::forceClosed(const Channel &channel)
 {
-    if (!m_parts.store.isChannelOpen(channel.deviceIndex, channel.protocol, channel.index))
+    if (!isOpen(channel))
         return;
     Common::logWarning("The device {} is not connected and is forced to close channel {}: id {}", channel.deviceIndex,
                        channel.index + 1, channel.protocol);
@@ -197,12 +215,22 @@ void TzVciChannelControl::forceClosed(const Channel &channel)
 
 void TzVciChannelControl::markClosed(const Channel &channel)
 {
-    Common::EmergencyStop::disarm(m_parts.link.emergencySlot(), channel.protocol, channel.index);
+    disarm(channel);
     m_parts.store.setChannelOpen(channel.deviceIndex, channel.protocol, channel.index, false);
 }
 
-bool TzVciChannelControl::isRefused(const TzVciProtocolData &request)
+bool TzVciChannelControl::isOpen(const Channel &channel) const
+{
+    return m_parts.store.isChannelOpen(channel.deviceIndex, channel.protocol, channel.index);
+}
+
+void TzVciChannelControl::disarm(const Channel &channel)
+{
+    Common::EmergencyStop::disarm(m_parts.link.emergencySlot(), channel.protocol, channel.index);
+}
+
+int TzVciChannelControl::send(const TzVciProtocolData &request)
 {
     TzVciProtocolData response;
-    return m_parts.exchange.request(request, response, tzVciRequestTimeoutMs) != TzVciResult::ok;
+    return m_parts.exchange.request(request, response, tzVciRequestTimeoutMs);
 }

@@ -38,7 +38,8 @@ public:
 
     /// @param channelIndex  -1 for all channels of the protocol
     /// @return TzVciResult::ok, linkDown, noChannel, openChannelRefused or parameterRefused. After a failure the
-    ///         channels that were opened before it stay open.
+    ///         channels that were opened before it stay open; one whose parameter was refused is closed, even if it was
+    ///         open before the call.
     int open(int deviceIndex, std::uint8_t protocol, int channelIndex);
     /// @return TzVciResult::ok, noChannel or closeChannelRefused; the channels count as closed in any case
     int close(int deviceIndex, std::uint8_t protocol, int channelIndex);
@@ -58,10 +59,13 @@ private:
     int openLin(const Channel &channel, const TzVciLinChannelConfig &config);
     int sendOpen(const Channel &channel, const TzVciProtocolData &request);
     int configureFd(const Channel &channel, const TzVciCanChannelConfig &config);
+    void closeHalfConfigured(const Channel &channel);
     int closeOne(const Channel &channel);
     void forceClosed(const Channel &channel);
     void markClosed(const Channel &channel);
-    bool isRefused(const TzVciProtocolData &request);
+    bool isOpen(const Channel &channel) const;
+    void disarm(const Channel &channel);
+    int send(const TzVciProtocolData &request);
 
     const Parts m_parts;
     std::mutex m_mutex; // the channel mutex: one opening or closing at a time

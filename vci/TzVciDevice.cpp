@@ -68,6 +68,7 @@ TzVciCommunication::ConnectConfig TzVciDevice::connectConfig(int deviceIndex) co
 
 int TzVciDevice::open()
 {
+    std::shared_ptr<TzVciDevice> alive; // let go after the mutex
     const std::lock_guard lock(m_deviceMutex);
     const int index = m_deviceIndex;
     if (index == -1)
@@ -77,6 +78,7 @@ int TzVciDevice::open()
     TzVciProtocolData version;
     if (request(makeReadFirmwareVersion(), version, tzVciRequestTimeoutMs) != TzVciResult::ok) {
         m_link.disconnect();
+        alive = takeAliveUntilClosed();
         Common::logError("Open Device{} failed, Unable to read version information", index);
         return TzVciResult::openFailed;
     }
@@ -89,14 +91,16 @@ int TzVciDevice::open()
 
 int TzVciDevice::close()
 {
+    std::shared_ptr<TzVciDevice> alive; // let go after the mutex
     const std::lock_guard lock(m_deviceMutex);
     const int index = m_deviceIndex;
     if (index == -1)
         return TzVciResult::deviceClosed;
     m_periodSender->clear();
-    const int canResult = closeChannel(TzVciProtocolId::can, -1);
-    const int linResult = closeChannel(TzVciProtocolId::lin, -1);
+    const int canResult = m_channels.close(index, TzVciProtocolId::can, -1);
+    const int linResult = m_channels.close(index, TzVciProtocolId::lin, -1);
     m_link.disconnect();
+    alive = takeAliveUntilClosed(); // the queued call may never run, where the event loop has ended
     m_isOpen = false;
     m_store->setDeviceOpen(index, false);
     notifyStatus(VciStatus::deviceClosed);
@@ -107,11 +111,13 @@ int TzVciDevice::close()
 
 int TzVciDevice::openChannel(std::uint8_t protocol, int channelIndex)
 {
+    const std::lock_guard lock(m_deviceMutex); // no channel opens between the steps of close()
     return m_channels.open(m_deviceIndex, protocol, channelIndex);
 }
 
 int TzVciDevice::closeChannel(std::uint8_t protocol, int channelIndex)
 {
+    const std::lock_guard lock(m_deviceMutex);
     return m_channels.close(m_deviceIndex, protocol, channelIndex);
 }
 
@@ -200,13 +206,15 @@ void TzVciDevice::handleLinkLoss()
 // A device that never opened has nothing to close, and its index may belong to a new object by now.
 void TzVciDevice::closeAfterLinkLoss()
 {
-    std::shared_ptr<TzVciDevice> alive; // may be the last one to hold the device: it ends with this call
-    {
-        const std::lock_guard lock(m_linkLossMutex);
-        alive.swap(m_aliveUntilClosed);
-    }
+    const auto alive = takeAliveUntilClosed(); // may be the last one to hold the device: it ends with this call
     if (m_isOpen)
         close();
+}
+
+std::shared_ptr<TzVciDevice> TzVciDevice::takeAliveUntilClosed()
+{
+    const std::lock_guard lock(m_linkLossMutex);
+    return std::exchange(m_aliveUntilClosed, nullptr);
 }
 
 void TzVciDevice::notifyStatus(std::uint8_t cmd)

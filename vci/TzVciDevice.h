@@ -84,6 +84,7 @@ private:
     void handleRecords(const std::vector<TzVciProtocolData> &records); // receive thread
     void handleLinkLoss();                                             // receive thread
     void closeAfterLinkLoss();
+    std::shared_ptr<TzVciDevice> takeAliveUntilClosed();
     void notifyStatus(std::uint8_t cmd);
     TzVciCommunication::ConnectConfig connectConfig(int deviceIndex) const;
 
@@ -94,7 +95,7 @@ private:
     std::atomic<bool> m_isOpen{false};
     std::mutex m_linkLossMutex;                      // protects m_aliveUntilClosed
     std::shared_ptr<TzVciDevice> m_aliveUntilClosed; // while a lost link waits to be closed
-    std::mutex m_deviceMutex;                        // one open() or close() at a time
+    std::mutex m_deviceMutex;                        // one opening or closing, of device or channels, at a time
     TzVciSubscriberTable<int, std::uint8_t> m_statusSubscribers;
     TzVciSubscriberTable<const std::vector<TzVciMessage> &> m_canSubscribers;
     TzVciSubscriberTable<const std::vector<TzVciMessage> &> m_linSubscribers;

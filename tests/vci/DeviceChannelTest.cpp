@@ -7,6 +7,8 @@
 #include "vci/TzVciFrameEncoder.h"
 
 #include <array>
+#include <chrono>
+#include <thread>
 
 using namespace tztest;
 using testing::ElementsAre;
@@ -161,6 +163,50 @@ INSTANTIATE_TEST_SUITE_P(EachOfThem, RefusedCanParameter,
                                          RefusedParameter{"Apply", 1, 0x60, 0, "0"}),
                          [](const auto &test) { return std::string(test.param.name); });
 
+// The box has closed it by then, so that nobody may go on as if it were open.
+TEST_F(DeviceChannel, RefusedParameterOfAnOpenChannelClosesItForEverybody)
+{
+    const auto device = openDevice();
+    ASSERT_EQ(device->openChannel(1, 0), TzVciResult::ok);
+    TzVciCanDataType frame;
+    const auto key = Common::Utils::makeUtilsKey(1, 0, 1);
+    ASSERT_EQ(device->periodSender()->addFrame({key, encodeCanFrame(0, frame), 1000, 1000}), 0);
+    refuse(1, 0x60, 0, 0x27);
+    EXPECT_EQ(device->openChannel(1, 0), TzVciResult::parameterRefused);
+    EXPECT_EQ(box.requestTexts().back(), "1 20 0 0: ");
+    EXPECT_FALSE(store.isChannelOpen(0, 1, 0));
+    EXPECT_THAT(events.values(), ElementsAre(1, 3));
+    EXPECT_FALSE(device->periodSender()->removeFrame(key));
+}
+
+// An opening that comes while the device closes must not leave a channel open behind it.
+TEST_F(DeviceChannel, OpeningDuringTheCloseFindsNoLink)
+{
+    useClassicCan();
+    const auto device = openDevice();
+    ASSERT_EQ(device->openChannel(1, 0), TzVciResult::ok);
+    std::atomic<bool> done{false};
+    int result = TzVciResult::ok;
+    std::thread opener;
+    device->subscribeStatus(2, [&](int, std::uint8_t cmd) {
+        if (cmd != VciStatus::canChannelClosed)
+            return;
+        opener = std::thread([&] {
+            result = device->openChannel(1, 1);
+            done = true;
+        });
+        // Time to get past every test that it may pass. It has to wait for the close, so this runs out.
+        const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(100);
+        while (!done && std::chrono::steady_clock::now() < end)
+            std::this_thread::yield();
+    });
+    EXPECT_EQ(device->close(), TzVciResult::ok);
+    opener.join();
+    EXPECT_EQ(result, TzVciResult::linkDown);
+    EXPECT_THAT(box.requestTexts(), ElementsAre("1 10 0 0: 20 a1 07 00", "1 20 0 0: "));
+    EXPECT_FALSE(store.anyChannelOpen(0));
+}
+
 TEST_F(DeviceChannel, SelectionWithoutChannelIsRefused)
 {
     const auto device = openDevice();
@@ -306,4 +352,39 @@ TEST_F(DeviceChannel, EmergencyStopForgetsARefusedChannel)
     EXPECT_TRUE(waitFor([&] { return box.requestCount() >= 1; }));
     Common::EmergencyStop::reset();
     EXPECT_THAT(box.requestTexts(), ElementsAre("5 20 0 0: "));
+}
+
+// The process may die before the box's answer is here.
+TEST_F(DeviceChannel, EmergencyStopKnowsAChannelBeforeItsOpeningIsAnswered)
+{
+    useClassicCan();
+    const auto device = openDevice();
+    box.setRule([](ScriptedBox &self, const ScriptedBox::Request &request) {
+        if (request.command == 0x10)
+            Common::EmergencyStop::fire();
+        self.answer(request);
+    });
+    ASSERT_EQ(device->openChannel(1, 2), TzVciResult::ok);
+    EXPECT_TRUE(waitFor([&] { return box.requestCount() >= 2; }));
+    Common::EmergencyStop::reset();
+    EXPECT_THAT(box.requestTexts(), ElementsAre("1 10 2 0: 20 a1 07 00", "1 20 2 0: "));
+}
+
+// Channel 1 may be open on the box, channel 2 is not, and channel 3 was open before.
+TEST_F(DeviceChannel, EmergencyStopClosesWhatMayBeOpen)
+{
+    useClassicCan();
+    const auto device = openDevice();
+    ASSERT_EQ(device->openChannel(1, 3), TzVciResult::ok);
+    box.setRule([](ScriptedBox &self, const ScriptedBox::Request &request) {
+        if (request.channel != 1)
+            self.replyStatus(request, 1);
+    });
+    for (const int channel : {1, 2, 3})
+        EXPECT_EQ(device->openChannel(1, channel), TzVciResult::openChannelRefused);
+    box.clearRequests();
+    Common::EmergencyStop::fire();
+    EXPECT_TRUE(waitFor([&] { return box.requestCount() >= 2; }));
+    Common::EmergencyStop::reset();
+    EXPECT_THAT(box.requestTexts(), testing::UnorderedElementsAre("1 20 1 0: ", "1 20 3 0: "));
 }
