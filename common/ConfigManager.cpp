@@ -23,15 +23,33 @@ const QString fileSizeKey = QStringLiteral("log/fileSizeMb");
 const QString maxFilesKey = QStringLiteral("log/maxFiles");
 const QString directoryKey = QStringLiteral("log/directory");
 
-// A value that is no number or outside the range leaves the field as it is.
-void readByte(const QSettings &settings, const QString &key, int lowest, int highest, std::uint8_t &field)
+void warnOfInvalid(const QSettings &settings, const QString &key)
+{
+    if (settings.contains(key))
+        logWarning("Invalid setting {}: {}", key.toStdString(), settings.value(key).toString().toStdString());
+}
+
+// A value that is no number or above the highest leaves the field as it is.
+void readByte(const QSettings &settings, const QString &key, int highest, std::uint8_t &field)
 {
     bool isNumber = false;
     const int value = settings.value(key).toInt(&isNumber);
-    if (isNumber && value >= lowest && value <= highest)
+    if (isNumber && value >= 0 && value <= highest)
         field = static_cast<std::uint8_t>(value);
-    else if (settings.contains(key))
-        logWarning("Invalid setting {}: {}", key.toStdString(), settings.value(key).toString().toStdString());
+    else
+        warnOfInvalid(settings, key);
+}
+
+// As a variant any text but a few would be true.
+void readFlag(const QSettings &settings, const QString &key, bool &field)
+{
+    const QString text = settings.value(key).toString();
+    const bool isTrue = text.compare(QLatin1String("true"), Qt::CaseInsensitive) == 0 || text == QLatin1String("1");
+    const bool isFalse = text.compare(QLatin1String("false"), Qt::CaseInsensitive) == 0 || text == QLatin1String("0");
+    if (isTrue || isFalse)
+        field = isTrue;
+    else
+        warnOfInvalid(settings, key);
 }
 
 } // namespace
@@ -66,10 +84,10 @@ void ConfigManager::loadConfig()
         logWarning("Failed to read the settings file {}, using the defaults", m_filePath.toStdString());
         return;
     }
-    logConsoleOnly = settings.value(consoleOnlyKey, logConsoleOnly).toBool();
-    readByte(settings, levelKey, LogLevel::debug, LogLevel::none, logLevel);
-    readByte(settings, fileSizeKey, 1, maxByte, logFileSizeMb);
-    readByte(settings, maxFilesKey, 1, maxByte, maxLogFiles);
+    readFlag(settings, consoleOnlyKey, logConsoleOnly);
+    readByte(settings, levelKey, LogLevel::none, logLevel);
+    readByte(settings, fileSizeKey, maxByte, logFileSizeMb);
+    readByte(settings, maxFilesKey, maxByte, maxLogFiles);
     const QString directory = settings.value(directoryKey).toString();
     if (!directory.trimmed().isEmpty())
         logDirectory = directory;

@@ -22,10 +22,10 @@ public:
     /// Persists the fields; a failure is an error in the log.
     void saveConfig();
 
-    bool logConsoleOnly = false;                   ///< true: log to the console only
-    std::uint8_t logLevel = 1;                     ///< 0 Debug, 1 Info, 2 Warning, 3 Error, 4 no logging
-    std::uint8_t logFileSizeMb = 10;               ///< MiB at which a new log file is begun
-    std::uint8_t maxLogFiles = 5;                  ///< log files kept
+    bool logConsoleOnly = false;     ///< true: log to the console only
+    std::uint8_t logLevel = 1;       ///< 0 Debug, 1 Info, 2 Warning, 3 Error, 4 no logging
+    std::uint8_t logFileSizeMb = 10; ///< MiB at which a new log file is begun; 0 is kept, and the log counts it as 1
+    std::uint8_t maxLogFiles = 5;    ///< log files kept; likewise
     QString logDirectory = QStringLiteral("logs"); ///< a directory, or a file whose name ends in ".log"
 
 private:

@@ -65,13 +65,29 @@ TEST_F(Config, WhatIsSavedComesBack)
     EXPECT_EQ(loaded.logDirectory, saved.logDirectory);
 }
 
+TEST_F(Config, BothEndsOfAByteComeBack)
+{
+    ConfigManager saved(file);
+    saved.logLevel = 0;
+    saved.logFileSizeMb = 0;
+    saved.maxLogFiles = 0;
+    saved.saveConfig();
+    const tztest::LogCapture log;
+    const ConfigManager loaded(file);
+    EXPECT_EQ(loaded.logLevel, 0);
+    EXPECT_EQ(loaded.logFileSizeMb, 0);
+    EXPECT_EQ(loaded.maxLogFiles, 0);
+    EXPECT_EQ(log.countContaining(2, "Invalid setting"), 0U);
+}
+
 TEST_F(Config, InvalidValuesLeaveTheirDefaults)
 {
     const tztest::LogCapture log;
-    writeFile("[log]\nlevel=5\nfileSizeMb=0\nmaxFiles=many\ndirectory=\n");
+    writeFile("[log]\nconsoleOnly=perhaps\nlevel=5\nfileSizeMb=-1\nmaxFiles=many\ndirectory=\n");
     expectDefaults(ConfigManager(file));
+    EXPECT_TRUE(log.has(2, "Invalid setting log/consoleOnly: perhaps"));
     EXPECT_TRUE(log.has(2, "Invalid setting log/level: 5"));
-    EXPECT_TRUE(log.has(2, "Invalid setting log/fileSizeMb: 0"));
+    EXPECT_TRUE(log.has(2, "Invalid setting log/fileSizeMb: -1"));
     EXPECT_TRUE(log.has(2, "Invalid setting log/maxFiles: many"));
 }
 
