@@ -27,6 +27,14 @@ namespace {
 constexpr std::array<const char *, 4> levelNames{"debug", "info", "warning", "error"};
 std::atomic<const char *> crashPath{nullptr};
 
+// A console that takes nothing, as one that was closed, costs the line and not the caller.
+void writeToConsole(int level, const std::string &text)
+{
+    const std::string line = fmt::format("{} [{}] {}\n", Utils::getCurrentTimeStringFast(),
+                                         levelNames[static_cast<std::size_t>(level)], text);
+    [[maybe_unused]] const std::size_t written = std::fwrite(line.data(), 1, line.size(), stderr);
+}
+
 class LogCore
 {
 public:
@@ -148,8 +156,7 @@ void LogCore::write(int level, const std::string &text)
         }
     }
     if (!hasSinks)
-        fmt::print(stderr, "{} [{}] {}\n", Utils::getCurrentTimeStringFast(),
-                   levelNames[static_cast<std::size_t>(level)], text);
+        writeToConsole(level, text);
 }
 
 void LogCore::addSink(LogSink *sink)

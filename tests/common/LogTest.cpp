@@ -22,7 +22,9 @@
 #include <thread>
 #include <vector>
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -171,6 +173,21 @@ TEST_F(Log, GoesToTheConsoleWhenNotStarted)
     testing::internal::CaptureStderr();
     Common::logInfo("not started");
     EXPECT_THAT(testing::internal::GetCapturedStderr(), HasSubstr("[info] not started\n"));
+}
+
+TEST_F(Log, AConsoleThatTakesNothingDoesNotStopTheCaller)
+{
+    std::fflush(stderr);
+    const int kept = ::dup(STDERR_FILENO);
+    const int full = ::open("/dev/full", O_WRONLY | O_CLOEXEC);
+    ASSERT_GE(kept, 0);
+    ASSERT_GE(full, 0);
+    ASSERT_EQ(::dup2(full, STDERR_FILENO), STDERR_FILENO);
+    EXPECT_NO_THROW(Common::logInfo("not started, and nowhere to go"));
+    std::clearerr(stderr);
+    ASSERT_EQ(::dup2(kept, STDERR_FILENO), STDERR_FILENO);
+    ::close(full);
+    ::close(kept);
 }
 
 TEST_F(Log, GoesToTheConsoleAloneWhenToldSo)
