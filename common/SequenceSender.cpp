@@ -13,6 +13,8 @@ SequenceSender::SequenceSender() = default;
 SequenceSender::~SequenceSender()
 {
     stop();
+    // On the run's own thread the start() of this very run may not have returned yet on another one.
+    const std::lock_guard lifecycle(m_lifecycleMutex);
 }
 
 void SequenceSender::setSendCallback(SendCallback callback)
