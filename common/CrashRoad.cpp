@@ -264,8 +264,8 @@ void CrashRoad::report(int signal, bool hookEnded, bool isCrash)
         text.data(), text.size() - 1, "{:04}-{:02}-{:02} {:02}:{:02}:{:02}.{:03} [error] {} {}{}{}{}\n",
         static_cast<int>(date.year()), static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
         time.hours().count(), time.minutes().count(), time.seconds().count(), time.subseconds().count(),
-        isCrash ? "Fatal signal" : "Not ended in time after", platform::signalName(signal),
-        m_reason[0] ? ": " : "", m_reason.data(), hookEnded ? "" : " (the crash hook did not end in time)");
+        isCrash ? "Fatal signal" : "Not ended in time after", platform::signalName(signal), m_reason[0] ? ": " : "",
+        m_reason.data(), hookEnded ? "" : " (the crash hook did not end in time)");
     platform::writeCrashReport(detail::crashReportPath(), text.data(), {});
 }
 

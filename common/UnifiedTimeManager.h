@@ -36,8 +36,7 @@ public:
     double getGlobalRelativeSeconds(int deviceIndex, unsigned long long timestamp) const;
 
     /// Text of one time stamp without a unit; the decimals follow the scale factor. Spans are rounded, negative ones
-    /// bear
-    /// "-"; clock times are cut. In DeltaTime the first call for a device gives zero.
+    /// bear "-"; clock times are cut. In DeltaTime the first call for a device gives zero.
     std::string formatTimestamp(int deviceIndex, unsigned long long timestamp, TimestampDisplayMode mode);
 
     double getTimeScaleFactor() const { return m_scaleFactor.load(std::memory_order_relaxed); }
