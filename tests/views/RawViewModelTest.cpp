@@ -254,8 +254,10 @@ TEST_P(RawViewModel, FramesOfSuccessiveDeliverersKeepTheirOrder)
     std::thread([this] { m_model->addMessage(rx(4, 50)); }).join();
     m_model->updateData();
     ASSERT_EQ(m_model->rowCount(), 5);
-    for (int row = 0; row < 5; ++row)
-        EXPECT_EQ(m_model->allMessages()[static_cast<std::size_t>(row)].timestamp, 10u * (row + 1u)) << row;
+    std::vector<std::uint64_t> times;
+    for (const TzVciMessage &message : m_model->allMessages())
+        times.push_back(message.timestamp);
+    EXPECT_EQ(times, (std::vector<std::uint64_t>{10, 20, 30, 40, 50}));
     const std::uint32_t wanted[] = {1, 2, 1, 3, 4};
     for (int row = 0; row < 5; ++row)
         EXPECT_EQ(id(row), wanted[row]) << row;
