@@ -9,6 +9,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QSaveFile>
+#include <QStringList>
 
 #include <algorithm>
 
@@ -27,19 +28,40 @@ const QLatin1String typeKey("type");
 const QLatin1String terminalResistorKey("terminalResistorEnabled");
 const QLatin1String ldfFileKey("ldfFile");
 
+bool isDigits(const QString &text)
+{
+    return std::all_of(text.begin(), text.end(), [](QChar c) { return c >= '0' && c <= '9'; });
+}
+
 QString rateText(std::uint32_t rate)
 {
     return QString::number(rate);
+}
+
+// Four decimal numbers up to 255 with a dot between.
+bool isDottedIpv4(const QString &text)
+{
+    const QStringList parts = text.split(QLatin1Char('.'));
+    return parts.size() == 4 && std::all_of(parts.begin(), parts.end(), [](const QString &part) {
+               return !part.isEmpty() && part.size() <= 3 && isDigits(part) && part.toUInt() <= 255;
+           });
+}
+
+// Takes a local address; an empty one lets the system route.
+void takeLocalIp(const QJsonValue &value, QString &localIp)
+{
+    const QString text = value.toString().trimmed();
+    if (value.isString() && (text.isEmpty() || isDottedIpv4(text)))
+        localIp = text;
 }
 
 // Takes a rate, written as a string of decimal digits.
 void takeRate(const QJsonObject &object, QLatin1String key, TzVciSetting<std::uint32_t> &rate)
 {
     const QString text = object.value(key).toString();
-    const bool onlyDigits = std::all_of(text.begin(), text.end(), [](QChar c) { return c >= '0' && c <= '9'; });
     bool isNumber = false;
     const std::uint32_t value = text.toUInt(&isNumber, 10);
-    if (onlyDigits && isNumber && value > 0)
+    if (isDigits(text) && isNumber && value > 0)
         rate = value;
 }
 
@@ -132,6 +154,7 @@ bool TzVciConfigFile::write(const QJsonObject &root) const
         return false;
     }
     QSaveFile file(m_path);
+    file.setDirectWriteFallback(true); // a folder that takes no new file may hold a file that can be written
     if (!file.open(QIODevice::WriteOnly)) {
         Common::logError("Failed to open config file for writing: {}", m_path.toStdString());
         return false;
@@ -152,17 +175,27 @@ QJsonObject TzVciConfigFile::toElement(int deviceIndex, const TzVciDeviceConfig 
             {linChannelsKey, toArray(config.linChannels)}};
 }
 
-void TzVciConfigFile::applyElement(const QJsonObject &element, TzVciDeviceConfig &config)
+std::map<int, TzVciConfigFile::Elements> TzVciConfigFile::elementsByDevice(const QJsonObject &root)
 {
-    if (const QJsonValue localIp = element.value(localIpKey); localIp.isString())
-        config.localIP = localIp.toString();
-    applyArray(element.value(canChannelsKey).toArray(), config.canChannels);
-    applyArray(element.value(linChannelsKey).toArray(), config.linChannels);
+    std::map<int, Elements> elements;
+    for (const QJsonValue &value : root.value(devicesKey).toArray()) {
+        const QJsonObject element = value.toObject();
+        elements[element.value(deviceIndexKey).toInt(-1)].push_back(element);
+    }
+    return elements;
 }
 
-int TzVciConfigFile::deviceIndex(const QJsonObject &element)
+void TzVciConfigFile::applyElements(const Elements &elements, TzVciDeviceConfig &config)
 {
-    return element.value(deviceIndexKey).toInt(-1);
+    for (const QJsonObject &element : elements)
+        applyElement(element, config);
+}
+
+void TzVciConfigFile::applyElement(const QJsonObject &element, TzVciDeviceConfig &config)
+{
+    takeLocalIp(element.value(localIpKey), config.localIP);
+    applyArray(element.value(canChannelsKey).toArray(), config.canChannels);
+    applyArray(element.value(linChannelsKey).toArray(), config.linChannels);
 }
 
 bool TzVciConfigFile::haveSameSettings(const TzVciDeviceConfig &left, const TzVciDeviceConfig &right)

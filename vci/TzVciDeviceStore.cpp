@@ -16,7 +16,6 @@
 namespace {
 
 const QLatin1String currentDeviceIndexKey("currentDeviceIndex");
-const QLatin1String devicesKey("devices");
 
 template <typename Channel> const TzVciChannelConfig *channelAt(const std::vector<Channel> &channels, int index)
 {
@@ -33,17 +32,6 @@ template <typename Channel> bool anyOpen(const std::vector<Channel> &channels)
 bool isChannelProtocol(std::uint8_t protocol)
 {
     return protocol == TzVciProtocolId::can || protocol == TzVciProtocolId::lin;
-}
-
-// The elements of the file's `devices`; the last one of a device index counts.
-std::map<int, QJsonObject> elementsByDevice(const QJsonObject &root)
-{
-    std::map<int, QJsonObject> elements;
-    for (const QJsonValue &value : root.value(devicesKey).toArray()) {
-        const QJsonObject element = value.toObject();
-        elements.insert_or_assign(TzVciConfigFile::deviceIndex(element), element);
-    }
-    return elements;
 }
 
 } // namespace
@@ -310,21 +298,28 @@ bool TzVciDeviceStore::loadConfig()
         Common::logWarning("Config file not found: {}. Using default settings.", m_file.path().toStdString());
         return false;
     }
-    const std::map<int, QJsonObject> elements = elementsByDevice(*root);
-    {
-        const std::unique_lock lock(m_mutex);
-        if (m_entries.empty()) {
-            Common::logInfo("No devices present in manager, skipping config load.");
-            return true;
-        }
-        m_currentDeviceIndex = knownOrLowestIndex(root->value(currentDeviceIndexKey).toInt(0));
-        for (auto &[index, entry] : m_entries) {
-            if (const auto element = elements.find(index); element != elements.end())
-                TzVciConfigFile::applyElement(element->second, entry.config);
-            entry.isShown = true;
-        }
+    if (applyFile(*root))
+        Common::logInfo("Configuration loaded and applied to existing devices.");
+    else
+        Common::logInfo("No devices present in manager, skipping config load.");
+    return true;
+}
+
+// @return false if there is no device to apply it to
+bool TzVciDeviceStore::applyFile(const QJsonObject &root)
+{
+    const std::map<int, TzVciConfigFile::Elements> elements = TzVciConfigFile::elementsByDevice(root);
+    const std::unique_lock lock(m_mutex);
+    if (m_entries.empty())
+        return false;
+    if (!m_isFileOutdated)
+        m_currentDeviceIndex = knownOrLowestIndex(root.value(currentDeviceIndexKey).toInt(0));
+    for (auto &[index, entry] : m_entries) {
+        const auto found = elements.find(index);
+        if (found != elements.end() && (!m_isFileOutdated || entry.isUntouched()))
+            TzVciConfigFile::applyElements(found->second, entry.config);
+        entry.isShown = true;
     }
-    Common::logInfo("Configuration loaded and applied to existing devices.");
     return true;
 }
 
@@ -340,10 +335,15 @@ bool TzVciDeviceStore::saveConfig()
             const auto kept = keptElements.find(index);
             devices.append(kept != keptElements.end() ? kept->second : TzVciConfigFile::toElement(index, entry.config));
         }
-        root = {{currentDeviceIndexKey, m_currentDeviceIndex}, {devicesKey, devices}};
+        root = {{currentDeviceIndexKey, m_currentDeviceIndex}, {TzVciConfigFile::devicesKey, devices}};
         deviceCount = m_entries.size();
     }
-    if (!m_file.write(root))
+    const bool isWritten = m_file.write(root);
+    {
+        const std::unique_lock lock(m_mutex);
+        m_isFileOutdated = !isWritten;
+    }
+    if (!isWritten)
         return false;
     Common::logInfo("Configurations for {} devices saved.", deviceCount);
     return true;
@@ -355,24 +355,24 @@ bool TzVciDeviceStore::Entry::isUntouched() const
 }
 
 // Devices that came after the last loadConfig() and that nobody edited take what the file says about them.
-// @return their elements of the file, to be written again as they are
+// @return their elements of the file, to be written again as they are; several of one device are made one
 std::map<int, QJsonObject> TzVciDeviceStore::takeElementsNeverShown()
 {
     const auto root = m_file.read();
     if (!root)
         return {};
-    std::map<int, QJsonObject> elements = elementsByDevice(*root);
+    std::map<int, QJsonObject> keptElements;
     const std::unique_lock lock(m_mutex);
-    std::erase_if(elements, [this](const auto &element) {
-        const Entry *entry = findEntry(element.first);
-        return !entry || !entry->isUntouched();
-    });
-    for (const auto &[index, element] : elements) {
-        Entry &entry = *findEntry(index);
-        TzVciConfigFile::applyElement(element, entry.config);
-        entry.initial = entry.config; // still untouched
+    for (const auto &[index, elements] : TzVciConfigFile::elementsByDevice(*root)) {
+        Entry *entry = findEntry(index);
+        if (!entry || !entry->isUntouched())
+            continue;
+        TzVciConfigFile::applyElements(elements, entry->config);
+        entry->initial = entry->config; // still untouched
+        keptElements[index] =
+            elements.size() == 1 ? elements.front() : TzVciConfigFile::toElement(index, entry->config);
     }
-    return elements;
+    return keptElements;
 }
 
 const TzVciDeviceStore::Entry *TzVciDeviceStore::findEntry(int deviceIndex) const

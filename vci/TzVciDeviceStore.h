@@ -68,7 +68,8 @@ public:
     int indexFromIp(const QString &ip) const;
 
     /// Takes the file's settings for the devices that are in the table. Values that are missing or make no sense leave
-    /// the record as it is. @return false only if there is no file
+    /// the record as it is. After a saveConfig() that failed, devices that were shown or edited in this run and the
+    /// current device keep what they have. @return false only if there is no file
     bool loadConfig();
     /// Writes all devices. One that came after the last loadConfig() and still has its first settings takes and keeps
     /// its element of the file, since the user never saw it. @return false if the file could not be written
@@ -93,6 +94,7 @@ private:
     const TzVciChannelConfig *findChannel(int deviceIndex, std::uint8_t protocol, int channelIndex) const;
     template <typename Condition> bool anyEntry(int deviceIndex, Condition condition) const;
     int knownOrLowestIndex(int deviceIndex) const;
+    bool applyFile(const QJsonObject &root);
     std::map<int, QJsonObject> takeElementsNeverShown();
 
     const TzVciNetwork m_network;
@@ -100,4 +102,5 @@ private:
     mutable std::shared_mutex m_mutex; // protects all below; channel settings are safe by themselves
     std::map<int, Entry> m_entries;
     int m_currentDeviceIndex = 0;
+    bool m_isFileOutdated = false; // the last saveConfig() failed
 };

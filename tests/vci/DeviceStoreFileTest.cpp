@@ -9,6 +9,8 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
+#include <unistd.h>
+
 using namespace tztest;
 using testing::IsEmpty;
 
@@ -63,7 +65,7 @@ protected:
     TzVciDeviceStore store;
 };
 
-TEST_F(DeviceStoreFile, SavedFormIsTheOneOnRecord)
+TEST_F(DeviceStoreFile, SavedFormIsFixed)
 {
     store.setLocalIP(0, QStringLiteral("192.168.201.10"));
     store.canChannelConfig(0, 1)->type = QStringLiteral("CANFDBRS");
@@ -300,6 +302,13 @@ INSTANTIATE_TEST_SUITE_P(
             "fdBaudRate": "1e6"}], "linChannels": [{"baudRate": " 9600"}]}]})"},
         HostileFile{"UnknownTypes", R"({"devices": [{"deviceIndex": 0, "canChannels": [{"type": "canfd"}],
             "linChannels": [{"type": "Commander"}]}]})"},
+        HostileFile{"LocalIpAText", R"({"devices": [{"deviceIndex": 0, "localIP": "eth0"}]})"},
+        HostileFile{"LocalIpOfThreeParts", R"({"devices": [{"deviceIndex": 0, "localIP": "1.2.3"}]})"},
+        HostileFile{"LocalIpOfFiveParts", R"({"devices": [{"deviceIndex": 0, "localIP": "1.2.3.4.5"}]})"},
+        HostileFile{"LocalIpOutOfRange", R"({"devices": [{"deviceIndex": 0, "localIP": "1.2.3.256"}]})"},
+        HostileFile{"LocalIpWithAGap", R"({"devices": [{"deviceIndex": 0, "localIP": "1..3.4"}]})"},
+        HostileFile{"LocalIpWithASign", R"({"devices": [{"deviceIndex": 0, "localIP": "1.2.3.+4"}]})"},
+        HostileFile{"LocalIpVersion6", R"({"devices": [{"deviceIndex": 0, "localIP": "::1"}]})"},
         HostileFile{"ChannelsNotArrays", R"({"devices": [{"deviceIndex": 0, "canChannels": {"baudRate": "1"},
             "linChannels": "none"}]})"},
         HostileFile{"TooLarge",
@@ -313,6 +322,87 @@ TEST_F(DeviceStoreFile, ElementWithoutChannelsSetsTheAddressAlone)
     EXPECT_EQ(store.localIP(0), QStringLiteral("1.2.3.4"));
     store.setLocalIP(0, QString());
     expectDefaults();
+}
+
+TEST_F(DeviceStoreFile, LocalAddressIsTakenWithoutTheBlanksAroundIt)
+{
+    writeFile(R"({"devices": [{"deviceIndex": 0, "localIP": " 10.0.0.255\t"}]})");
+    EXPECT_TRUE(store.loadConfig());
+    EXPECT_EQ(store.localIP(0), QStringLiteral("10.0.0.255"));
+    writeFile(R"({"devices": [{"deviceIndex": 0, "localIP": "nowhere"}]})");
+    EXPECT_TRUE(store.loadConfig());
+    EXPECT_EQ(store.localIP(0), QStringLiteral("10.0.0.255"));
+    writeFile(R"({"devices": [{"deviceIndex": 0, "localIP": "  "}]})");
+    EXPECT_TRUE(store.loadConfig());
+    EXPECT_EQ(store.localIP(0), QString());
+}
+
+TEST_F(DeviceStoreFile, ElementsOfOneDeviceAreAppliedInTheirOrder)
+{
+    const QByteArray twice = R"({"devices": [
+        {"deviceIndex": 3, "localIP": "1.1.1.1", "canChannels": [{"baudRate": "125000", "type": "CAN"}]},
+        {"deviceIndex": 3, "localIP": "2.2.2.2", "linChannels": [{"baudRate": "9600"}]}]})";
+    writeFile(twice);
+    EXPECT_TRUE(store.loadConfig());
+    store.addDevice(3, TzVciDeviceConfig(1, 1)); // takes its elements with the save
+    EXPECT_TRUE(store.saveConfig());
+    EXPECT_EQ(readFile().value("devices").toArray().size(), 2);
+    EXPECT_EQ(savedElement(1).value("localIP").toString(), QStringLiteral("2.2.2.2"));
+    EXPECT_EQ(savedCan(1, 0).value("baudRate").toString(), QStringLiteral("125000"));
+
+    writeFile(twice);
+    TzVciDeviceStore loaded;
+    loaded.addDevice(3, TzVciDeviceConfig(1, 1));
+    EXPECT_TRUE(loaded.loadConfig());
+    for (const TzVciDeviceStore *each : {&store, &loaded}) {
+        EXPECT_EQ(each->localIP(3), QStringLiteral("2.2.2.2"));
+        EXPECT_EQ(each->channelConfig(3, 1, 0)->baudRate, 125000U);
+        EXPECT_EQ(each->channelConfig(3, 5, 0)->baudRate, 9600U);
+    }
+}
+
+// The file is older than what the user has set by then.
+TEST_F(DeviceStoreFile, LoadAfterAFailedSaveKeepsWhatTheUserSet)
+{
+    const QByteArray old = R"({"currentDeviceIndex": 0, "devices": [
+        {"deviceIndex": 0, "canChannels": [{"baudRate": "100000"}]},
+        {"deviceIndex": 3, "canChannels": [{"baudRate": "200000"}]},
+        {"deviceIndex": 4, "canChannels": [{"baudRate": "250000"}]}]})";
+    writeFile(old);
+    EXPECT_TRUE(store.loadConfig());
+    store.addDevice(3, TzVciDeviceConfig(1, 1));
+    store.canChannelConfig(0, 0)->baudRate = 1000000;
+    store.canChannelConfig(3, 0)->baudRate = 800000;
+    store.setCurrentDevice(3);
+    QFile::remove(path);
+    QDir().mkpath(path); // a folder in its place
+    EXPECT_FALSE(store.saveConfig());
+    QDir().rmdir(path);
+    writeFile(old);
+    store.addDevice(4, TzVciDeviceConfig(1, 1)); // nobody has set anything here
+    for (int round = 0; round < 2; ++round) {
+        EXPECT_TRUE(store.loadConfig());
+        EXPECT_EQ(store.canChannelConfig(0, 0)->baudRate, 1000000U);
+        EXPECT_EQ(store.canChannelConfig(3, 0)->baudRate, 800000U);
+        EXPECT_EQ(store.canChannelConfig(4, 0)->baudRate, 250000U);
+        EXPECT_EQ(store.currentDeviceIndex(), 3);
+    }
+    EXPECT_TRUE(store.saveConfig());
+    writeFile(old);
+    EXPECT_TRUE(store.loadConfig()); // the file counts again
+    EXPECT_EQ(store.canChannelConfig(0, 0)->baudRate, 100000U);
+    EXPECT_EQ(store.currentDeviceIndex(), 0);
+}
+
+TEST_F(DeviceStoreFile, FileInAFolderThatTakesNoNewFileIsWritten)
+{
+    if (::geteuid() == 0)
+        GTEST_SKIP() << "root may write everywhere";
+    writeFile("{}");
+    QFile::setPermissions(QStringLiteral("config/vci"), QFile::ReadOwner | QFile::ExeOwner);
+    EXPECT_TRUE(store.saveConfig());
+    EXPECT_EQ(readFile().value("devices").toArray().size(), 1);
+    QFile::setPermissions(QStringLiteral("config/vci"), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
 }
 
 TEST_F(DeviceStoreFile, UnwritableFolderIsToldAndLosesNothing)
