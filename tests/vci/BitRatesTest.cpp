@@ -1,40 +1,65 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "vci/TzVciBitRates.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdint>
 #include <cstdlib>
+#include <span>
 #include <string>
+#include <utility>
+#include <vector>
+
+using testing::ElementsAre;
 
 namespace {
 
-const TzVciBitRate *find(std::span<const TzVciBitRate> rates, const std::string &text)
+using Rate = std::pair<std::string, std::uint32_t>;
+
+std::vector<Rate> listed(std::span<const TzVciBitRate> rates)
 {
-    for (const TzVciBitRate &rate : rates) {
-        if (rate.text == text)
-            return &rate;
-    }
-    return nullptr;
+    std::vector<Rate> list;
+    for (const TzVciBitRate &rate : rates)
+        list.emplace_back(rate.text, rate.value);
+    return list;
 }
 
 } // namespace
 
-TEST(BitRates, TablesHaveTheirEntries)
+TEST(BitRates, CanNominalTable)
 {
-    EXPECT_EQ(TzVciBitRates::canNominal().size(), 15U);
-    EXPECT_EQ(TzVciBitRates::canFdData().size(), 13U);
-    EXPECT_EQ(TzVciBitRates::lin().size(), 5U);
-    EXPECT_EQ(find(TzVciBitRates::canNominal(), "500 kbit/s")->value, 500000U);
-    EXPECT_EQ(find(TzVciBitRates::canFdData(), "1.25 Mbit/s")->value, 1250000U);
-    EXPECT_EQ(find(TzVciBitRates::lin(), "10.4 kbit/s")->value, 10400U);
+    EXPECT_THAT(listed(TzVciBitRates::canNominal()),
+                ElementsAre(Rate("1 Mbit/s", 1000000), Rate("800 kbit/s", 800000), Rate("500 kbit/s", 500000),
+                            Rate("400 kbit/s", 400000), Rate("250 kbit/s", 250000), Rate("200 kbit/s", 200000),
+                            Rate("160 kbit/s", 160000), Rate("125 kbit/s", 125000), Rate("100 kbit/s", 100000),
+                            Rate("83.3 kbit/s", 83300), Rate("80 kbit/s", 80000), Rate("62.5 kbit/s", 62500),
+                            Rate("50 kbit/s", 50000), Rate("40 kbit/s", 40000), Rate("33.33 kbit/s", 33333)));
+}
+
+TEST(BitRates, CanFdDataTable)
+{
+    EXPECT_THAT(listed(TzVciBitRates::canFdData()),
+                ElementsAre(Rate("8 Mbit/s", 8000000), Rate("5 Mbit/s", 5000000), Rate("4 Mbit/s", 4000000),
+                            Rate("2.5 Mbit/s", 2500000), Rate("2 Mbit/s", 2000000), Rate("1.6 Mbit/s", 1600000),
+                            Rate("1.25 Mbit/s", 1250000), Rate("1 Mbit/s", 1000000), Rate("800 kbit/s", 800000),
+                            Rate("500 kbit/s", 500000), Rate("400 kbit/s", 400000), Rate("250 kbit/s", 250000),
+                            Rate("200 kbit/s", 200000)));
+}
+
+TEST(BitRates, LinTable)
+{
+    EXPECT_THAT(listed(TzVciBitRates::lin()),
+                ElementsAre(Rate("19.2 kbit/s", 19200), Rate("10.4 kbit/s", 10400), Rate("9.6 kbit/s", 9600),
+                            Rate("4.8 kbit/s", 4800), Rate("2.4 kbit/s", 2400)));
 }
 
 // They follow no common rounding, and both are wanted as they are.
-TEST(BitRates, OddRatesStandAsStated)
+TEST(BitRates, OddRatesAreNotRounded)
 {
-    EXPECT_EQ(find(TzVciBitRates::canNominal(), "83.3 kbit/s")->value, 83300U);
-    EXPECT_EQ(find(TzVciBitRates::canNominal(), "33.33 kbit/s")->value, 33333U);
+    EXPECT_THAT(listed(TzVciBitRates::canNominal()), testing::Contains(Rate("83.3 kbit/s", 83300)));
+    EXPECT_THAT(listed(TzVciBitRates::canNominal()), testing::Contains(Rate("33.33 kbit/s", 33333)));
 }
 
 TEST(BitRates, TextsAndValuesAgreeFastestFirst)

@@ -5,6 +5,8 @@
 
 #include <QSignalSpy>
 
+#include <algorithm>
+#include <latch>
 #include <thread>
 
 using namespace tztest;
@@ -58,6 +60,33 @@ TEST_F(DeviceStore, KnownDeviceIsLeftAsItIs)
     EXPECT_TRUE(log.has(logWarning, "The current Device2 already exists"));
     EXPECT_EQ(store.canChannelCount(2), 4);
     EXPECT_EQ(added.count(), 0);
+}
+
+// Replies of one box may come in on several interfaces.
+TEST_F(DeviceStore, OneOfManyThreadsAddsADevice)
+{
+    constexpr int threadCount = 8;
+    Recorder<int> added;
+    QObject::connect(
+        &store, &TzVciDeviceStore::deviceAdded, &store, [&](int index) { added.add(index); }, Qt::DirectConnection);
+    for (int index = 0; index < 16; ++index) {
+        Recorder<int> results;
+        std::latch start(threadCount);
+        {
+            std::vector<std::jthread> threads;
+            for (int i = 0; i < threadCount; ++i) {
+                threads.emplace_back([&] {
+                    start.arrive_and_wait();
+                    results.add(store.addDevice(index, TzVciDeviceConfig(1, 1)));
+                });
+            }
+        }
+        const std::vector<int> values = results.values();
+        EXPECT_EQ(std::count(values.begin(), values.end(), 0), 1);
+        EXPECT_EQ(std::count(values.begin(), values.end(), -1), threadCount - 1);
+        EXPECT_EQ(added.size(), static_cast<std::size_t>(index) + 1);
+        EXPECT_EQ(added.values().back(), index);
+    }
 }
 
 TEST_F(DeviceStore, AddedDeviceIsToldOnceItIsInTheTable)
