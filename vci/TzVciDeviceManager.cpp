@@ -2,6 +2,7 @@
 #include "vci/TzVciDeviceManager.h"
 
 #include "common/Log.h"
+#include "common/LogSink.h"
 #include "common/PeriodSender.h"
 #include "common/Thread.h"
 #include "vci/TzVciDeviceStore.h"
@@ -12,23 +13,15 @@
 #include <thread>
 #include <utility>
 
-namespace {
-
-// Store and log come into being before the process's manager, so that they are still there when its devices close.
-TzVciDeviceStore *storeAndLog()
-{
-    Common::logDebug("Devices are sought in network {}", TzVciNetwork::current().prefix);
-    return &TzVciDeviceStore::instance();
-}
-
-} // namespace
-
 TzVciDeviceManager::TzVciDeviceManager(TzVciDeviceStore *store, const TzVciNetwork &network)
     : m_store(store)
     , m_network(network)
     , m_timeBase(m_timeManager)
     , m_displayMode(Common::TimestampDisplayMode::GlobalRelativeTime)
 {
+    // The log's core comes into being before the manager is complete, so that it ends after it. This call makes it
+    // whatever level is logged.
+    Common::removeLogSink(nullptr);
     m_timeManager.initialize(std::chrono::system_clock::now(), Common::UnifiedTimeManager::defaultScaleFactor);
 }
 
@@ -39,7 +32,7 @@ TzVciDeviceManager::~TzVciDeviceManager()
 
 TzVciDeviceManager &TzVciDeviceManager::instance()
 {
-    static TzVciDeviceManager manager(storeAndLog());
+    static TzVciDeviceManager manager(&TzVciDeviceStore::instance()); // which outlives it
     return manager;
 }
 
@@ -50,6 +43,7 @@ int TzVciDeviceManager::resolve(int deviceIndex) const
 
 int TzVciDeviceManager::openDevice(int deviceIndex)
 {
+    const std::uint64_t closeAllCount = m_closeAllCount; // before any wait
     const std::lock_guard openLock(m_openMutex);
     const int index = resolve(deviceIndex);
     if (!m_store->hasDevice(index)) {
@@ -66,9 +60,21 @@ int TzVciDeviceManager::openDevice(int deviceIndex)
         return result;
     subscribeDefaults(*device);
     m_timeBase.registerDevice(index, device->readBaseTime());
+    if (insertUnlessClosedSince(closeAllCount, index, device))
+        return TzVciResult::ok;
+    device->close();
+    return TzVciResult::deviceClosed;
+}
+
+// A closeAllDevices() that ran meanwhile could not see the device, but means it as well.
+bool TzVciDeviceManager::insertUnlessClosedSince(std::uint64_t closeAllCount, int deviceIndex,
+                                                 const std::shared_ptr<TzVciDevice> &device)
+{
     const std::unique_lock lock(m_devicesMutex);
-    m_devices.insert_or_assign(index, device);
-    return TzVciResult::ok;
+    if (m_closeAllCount != closeAllCount)
+        return false;
+    m_devices.insert_or_assign(deviceIndex, device);
+    return true;
 }
 
 void TzVciDeviceManager::subscribeDefaults(TzVciDevice &device)
@@ -100,11 +106,13 @@ int TzVciDeviceManager::closeDevice(int deviceIndex)
     return removed ? removed.mapped()->close() : TzVciResult::noSuchDevice;
 }
 
+// Takes no m_openMutex: the thread that holds it may be the one that crashed.
 int TzVciDeviceManager::closeAllDevices()
 {
     DeviceMap devices;
     {
         const std::unique_lock lock(m_devicesMutex);
+        ++m_closeAllCount;
         devices.swap(m_devices);
     }
     if (devices.empty())

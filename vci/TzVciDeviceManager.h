@@ -39,7 +39,8 @@ public:
     /// success.
     int openDevice(int deviceIndex);
     int closeDevice(int deviceIndex); ///< -1 means the current one of the store
-    /// Closes every device, all at the same time. @return 0, or the code of one that failed
+    /// Closes every device, all at the same time; one that is being opened on another thread is closed by that
+    /// openDevice(), which then returns deviceClosed. @return 0, or the code of one that failed
     int closeAllDevices();
     int openChannel(int deviceIndex, std::uint8_t protocol, int channelIndex);
     int closeChannel(int deviceIndex, std::uint8_t protocol, int channelIndex);
@@ -72,6 +73,8 @@ private:
     using DeviceMap = std::unordered_map<int, std::shared_ptr<TzVciDevice>>;
 
     int resolve(int deviceIndex) const;
+    bool insertUnlessClosedSince(std::uint64_t closeAllCount, int deviceIndex,
+                                 const std::shared_ptr<TzVciDevice> &device);
     void subscribeDefaults(TzVciDevice &device);
     int closeInParallel(const DeviceMap &devices);
     std::vector<std::pair<int, std::shared_ptr<TzVciDevice>>> openDevices() const;
@@ -84,7 +87,8 @@ private:
     std::mutex m_openMutex;                   // one openDevice() at a time, so that a device is never opened twice
     mutable std::shared_mutex m_devicesMutex; // protects m_devices
     DeviceMap m_devices;
-    mutable std::shared_mutex m_clientsMutex; // protects m_clients
+    std::atomic<std::uint64_t> m_closeAllCount{0}; // changed under m_devicesMutex
+    mutable std::shared_mutex m_clientsMutex;      // protects m_clients
     std::unordered_map<int, int> m_clients;
     std::mutex m_callbacksMutex; // protects the default callbacks
     TzVciDevice::StatusCallback m_statusCallback;

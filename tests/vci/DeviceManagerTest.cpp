@@ -131,6 +131,23 @@ TEST_F(DeviceManager, ClientsAreCountedAndForgottenWithTheDevice)
     EXPECT_EQ(manager.clientCount(0), 0);
 }
 
+// The device was not in the table yet, and yet it must not stay open.
+TEST_F(DeviceManager, CloseAllDuringAnOpenClosesThatDeviceToo)
+{
+    box.setRule([this](ScriptedBox &self, const ScriptedBox::Request &request) {
+        if (request.command == 0x40) { // the base time, the last step of the opening
+            EXPECT_EQ(manager.closeAllDevices(), 0);
+        }
+        self.answer(request);
+    });
+    EXPECT_EQ(manager.openDevice(0), TzVciResult::deviceClosed);
+    EXPECT_EQ(manager.getDevice(0), nullptr);
+    EXPECT_FALSE(store.isDeviceOpen(0));
+    EXPECT_TRUE(log.has(logInfo, "Closed Device 0"));
+    box.setRule([](ScriptedBox &self, const ScriptedBox::Request &request) { self.answer(request); });
+    EXPECT_EQ(manager.openDevice(0), 0);
+}
+
 TEST_F(DeviceManager, CloseAllOfNothingIsSilent)
 {
     log.clear();
