@@ -6,7 +6,6 @@
 
 #include <QString>
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -27,10 +26,10 @@ void checkReply(const std::vector<std::uint8_t> &datagram)
     if (!reply)
         return;
     require(datagram.size() >= 10);
-    const auto hasRecord = [&](std::uint8_t key, std::uint8_t count) {
+    const auto hasRecord = [&](std::uint8_t key, std::uint16_t count) {
         for (std::size_t i = 10; i + 4 <= datagram.size(); i += 4) {
             const int value = datagram[i + 2] | datagram[i + 3] << 8;
-            if (datagram[i] == key && datagram[i + 1] == 0 && std::min(value, 255) == count)
+            if (datagram[i] == key && datagram[i + 1] == 0 && value == count)
                 return true;
         }
         return false;

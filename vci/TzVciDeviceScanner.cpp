@@ -29,45 +29,55 @@ TzVciDeviceScanner &TzVciDeviceScanner::instance()
 
 bool TzVciDeviceScanner::scan(int timeoutMs)
 {
-    if (!begin()) {
+    return scan(begin(), timeoutMs);
+}
+
+TzVciDeviceScanner::RunningScan TzVciDeviceScanner::begin()
+{
+    RunningScan running = tryBegin();
+    if (!running)
         Common::logWarning("Scan is already in progress. Ignoring synchronous request.");
+    return running;
+}
+
+bool TzVciDeviceScanner::scan(RunningScan running, int timeoutMs)
+{
+    if (!running)
         return false;
-    }
-    return runScan(timeoutMs);
+    scanInterfaces(timeoutMs);
+    return m_foundAny; // of this scan, which ends behind this
 }
 
 void TzVciDeviceScanner::scanAsync(int timeoutMs)
 {
-    if (!begin()) {
+    RunningScan running = tryBegin();
+    if (!running) {
         Common::logWarning("Scan is already in progress. Ignoring async request.");
         return;
     }
-    if (!m_thread.start("vci-scan", [this, timeoutMs] { runScan(timeoutMs); })) {
+    if (m_thread.start("vci-scan", [this, timeoutMs] { scan(RunningScan(this), timeoutMs); }))
+        static_cast<void>(running.release()); // the thread has it
+    else
         Common::logError("Failed to start scan thread");
-        m_scanning = false;
-        Q_EMIT scanFinished(false);
-    }
 }
 
 // Cancellation counts from here on, so that a cancel() right after scanAsync() is not lost.
-bool TzVciDeviceScanner::begin()
+TzVciDeviceScanner::RunningScan TzVciDeviceScanner::tryBegin()
 {
     bool idle = false;
     if (!m_scanning.compare_exchange_strong(idle, true))
-        return false;
+        return nullptr;
     m_foundAny = false;
     const std::lock_guard lock(m_cancelMutex);
     m_cancelled = false;
-    return true;
+    return RunningScan(this);
 }
 
-bool TzVciDeviceScanner::runScan(int timeoutMs)
+void TzVciDeviceScanner::end()
 {
-    scanInterfaces(timeoutMs);
     const bool foundAny = m_foundAny;
     m_scanning = false;
     Q_EMIT scanFinished(foundAny);
-    return foundAny;
 }
 
 void TzVciDeviceScanner::scanInterfaces(int timeoutMs)

@@ -8,6 +8,7 @@
 
 #include <atomic>
 #include <condition_variable>
+#include <memory>
 #include <mutex>
 
 class TzVciDeviceStore;
@@ -27,9 +28,21 @@ public:
     /// The process's scanner on the process's store. Fetched by app/ alone, which hands it on.
     static TzVciDeviceScanner &instance();
 
+    /// Ends a scan that has begun, and tells scanFinished().
+    struct EndScan
+    {
+        void operator()(TzVciDeviceScanner *scanner) const { scanner->end(); }
+    };
+    /// A scan that has begun: while it lives isScanning() is true, no other scan begins and cancel() counts for it.
+    using RunningScan = std::unique_ptr<TzVciDeviceScanner, EndScan>;
+
     /// Scans and blocks for the whole time, or until cancel().
     /// @return true if at least one new device was added; false as well if a scan is running already
     bool scan(int timeoutMs);
+    /// The two halves of scan(), for a caller that blocks a thread of its own with the second: a cancel() that comes
+    /// before that thread runs is not lost. begin() is empty if a scan is running already.
+    RunningScan begin();
+    bool scan(RunningScan running, int timeoutMs);
     /// The same without waiting; scanFinished() tells the end. Does nothing if a scan is running already.
     void scanAsync(int timeoutMs);
     /// Ends a running scan early and joins the thread of scanAsync(). A scan() on another thread returns soon after.
@@ -41,8 +54,8 @@ Q_SIGNALS:
     void scanFinished(bool foundAny);
 
 private:
-    bool begin();
-    bool runScan(int timeoutMs);
+    RunningScan tryBegin();
+    void end();
     void scanInterfaces(int timeoutMs);
     void waitUntilCancelled(int timeoutMs);
     void requestCancel();

@@ -4,7 +4,6 @@
 #include "vci/TzVciByteOrder.h"
 #include "vci/TzVciTypes.h"
 
-#include <algorithm>
 #include <cstddef>
 
 namespace {
@@ -22,11 +21,6 @@ constexpr std::uint16_t endKey = 0;
 std::uint16_t read16(std::span<const std::uint8_t> bytes, std::size_t offset) noexcept
 {
     return TzVciByteOrder::load<std::uint16_t>(bytes.data() + offset);
-}
-
-std::uint8_t toChannelCount(std::uint16_t count) noexcept
-{
-    return static_cast<std::uint8_t>(std::min<std::uint16_t>(count, 255));
 }
 
 // The payload of a datagram, empty unless it is a whole discovery reply.
@@ -55,9 +49,9 @@ std::optional<TzVciDiscoveryReply> parseDiscoveryReply(std::span<const std::uint
         if (key == endKey)
             break;
         if (key == TzVciProtocolId::can)
-            reply.canChannels = toChannelCount(value);
+            reply.canChannels = value;
         else if (key == TzVciProtocolId::lin)
-            reply.linChannels = toChannelCount(value);
+            reply.linChannels = value;
     }
     return reply;
 }

@@ -8,8 +8,8 @@
 /// What a device tells about itself when it answers the discovery broadcast.
 struct TzVciDiscoveryReply
 {
-    std::uint8_t canChannels = 0; ///< counts above 255 read as 255
-    std::uint8_t linChannels = 0;
+    std::uint16_t canChannels = 0; ///< as told, which may be more than a device can have
+    std::uint16_t linChannels = 0;
 
     bool operator==(const TzVciDiscoveryReply &) const = default;
 };

@@ -8,6 +8,7 @@
 
 #include <QString>
 
+#include <algorithm>
 #include <chrono>
 #include <thread>
 #include <utility>
@@ -16,6 +17,14 @@ namespace {
 
 // How long a reply may wait before it is looked at.
 constexpr std::chrono::milliseconds pollInterval(10);
+
+// A channel is numbered by one byte.
+constexpr std::uint16_t maxChannels = 255;
+
+std::size_t channelCount(std::uint16_t told)
+{
+    return std::min(told, maxChannels);
+}
 
 Common::UDPClient::ConnectConfig clientConfig(const std::string &interfaceIp)
 {
@@ -103,7 +112,8 @@ void ScanWorker::handleReply(std::span<const std::uint8_t> datagram, const std::
     const int deviceIndex = m_store->indexFromIp(QString::fromStdString(senderIp));
     if (deviceIndex < 0)
         return;
-    if (m_store->addDevice(deviceIndex, TzVciDeviceConfig(reply->canChannels, reply->linChannels)) != 0)
+    if (m_store->addDevice(deviceIndex,
+                           TzVciDeviceConfig(channelCount(reply->canChannels), channelCount(reply->linChannels))) != 0)
         return;
     m_foundAny->store(true);
     Common::logInfo("Scan to device {}", deviceIndex);

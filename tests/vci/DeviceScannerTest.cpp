@@ -10,6 +10,7 @@
 
 #include <chrono>
 #include <thread>
+#include <utility>
 
 using namespace std::chrono_literals;
 using namespace tztest;
@@ -43,7 +44,7 @@ protected:
     TzVciDeviceScanner scanner{&store, network};
 };
 
-TEST_F(DeviceScanner, BroadcastIsTheElevenBytesOnRecord)
+TEST_F(DeviceScanner, BroadcastIsElevenBytes)
 {
     DiscoveryResponder boxes(network, {});
     EXPECT_FALSE(scanner.scan(shortScanMs));
@@ -132,6 +133,32 @@ TEST_F(DeviceScanner, CancelRightAfterTheStartIsNotLost)
     EXPECT_FALSE(scanner.scan(1));
 }
 
+// The thread that is to scan has not run yet.
+TEST_F(DeviceScanner, CancelOfAScanThatHasOnlyBegunIsNotLost)
+{
+    auto running = scanner.begin();
+    EXPECT_TRUE(scanner.isScanning());
+    EXPECT_FALSE(scanner.begin());
+    EXPECT_TRUE(log.has(logWarning, "Scan is already in progress. Ignoring synchronous request."));
+    scanner.cancel();
+    std::jthread other([&] { EXPECT_FALSE(scanner.scan(std::move(running), endlessScanMs)); });
+    other.join();
+    EXPECT_FALSE(scanner.isScanning());
+}
+
+TEST_F(DeviceScanner, ScanThatIsGivenUpMakesRoomForTheNext)
+{
+    Recorder<bool> finished;
+    QObject::connect(
+        &scanner, &TzVciDeviceScanner::scanFinished, &scanner, [&](bool foundAny) { finished.add(foundAny); },
+        Qt::DirectConnection);
+    scanner.begin().reset();
+    EXPECT_FALSE(scanner.isScanning());
+    EXPECT_THAT(finished.values(), ElementsAre(false));
+    EXPECT_FALSE(scanner.scan(1));
+    EXPECT_EQ(finished.size(), 2U);
+}
+
 TEST_F(DeviceScanner, CancelEndsAScanOnAnotherThread)
 {
     std::jthread other([&] { EXPECT_FALSE(scanner.scan(endlessScanMs)); });
@@ -177,6 +204,15 @@ TEST_F(ScanWorkerTest, ReplyWithLength2AddsADeviceWithoutChannels)
     EXPECT_EQ(store.canChannelCount(0), 0);
     EXPECT_EQ(store.linChannelCount(0), 0);
     EXPECT_TRUE(foundAny);
+}
+
+// The log shows what the box told, the record what can be numbered.
+TEST_F(ScanWorkerTest, ChannelCountsAbove255AreStoredAs255)
+{
+    handle({0xAA, 0x55, 0, 0xFF, 0, 0, 10, 0, 2, 0, 1, 0, 0, 1, 5, 0, 0xFF, 0xFF}, 130);
+    EXPECT_TRUE(log.has(logInfo, "Parsed from " + network.deviceAddress(0) + ": CAN channels=256, LIN channels=65535"));
+    EXPECT_EQ(store.canChannelCount(0), 255);
+    EXPECT_EQ(store.linChannelCount(0), 255);
 }
 
 TEST_F(ScanWorkerTest, ReplyFromAnAddressOutsideAddsNothing)

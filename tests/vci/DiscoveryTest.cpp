@@ -54,7 +54,7 @@ INSTANTIATE_TEST_SUITE_P(
                     ReplyCase{"OtherKeysAreSkipped", replyOf({2, 0, 9, 0, 5, 0, 3, 0, 1, 1, 7, 0}), 0, 3},
                     ReplyCase{"Key0Ends", replyOf({1, 0, 4, 0, 0, 0, 0, 0, 5, 0, 3, 0}), 4, 0},
                     ReplyCase{"RepeatedKeyCountsLast", replyOf({1, 0, 4, 0, 1, 0, 6, 0}), 6, 0},
-                    ReplyCase{"CountAbove255", replyOf({1, 0, 0, 1, 5, 0, 0xFF, 0xFF}), 255, 255},
+                    ReplyCase{"CountAbove255", replyOf({1, 0, 0, 1, 5, 0, 0xFF, 0xFF}), 256, 65535},
                     ReplyCase{"CutRecordIsLeft", replyOf({1, 0, 4, 0, 5, 0, 3}), 4, 0},
                     ReplyCase{"RecordBeyondTheLengthIsLeft", replyOf({1, 0, 4, 0, 5, 0, 3, 0}, 6), 4, 0},
                     ReplyCase{"PlaceholderByteBehind", replyOf({1, 0, 4, 0, 0xFF}, 6), 4, 0},

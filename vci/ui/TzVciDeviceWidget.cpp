@@ -24,6 +24,7 @@
 #include <chrono>
 #include <system_error>
 #include <thread>
+#include <utility>
 
 namespace {
 
@@ -33,6 +34,9 @@ constexpr std::chrono::milliseconds scanPollInterval{20};
 /// keys are dropped meanwhile. When the program quits under it the scan is ended early.
 bool scanWhilePainting(TzVciDeviceScanner &scanner)
 {
+    TzVciDeviceScanner::RunningScan running = scanner.begin();
+    if (!running)
+        return false;
     const TzVciInputBlocker blocker;
     std::atomic<bool> finished{false};
     bool foundAny = false; // read after the join
@@ -40,7 +44,7 @@ bool scanWhilePainting(TzVciDeviceScanner &scanner)
     try {
         thread = std::thread([&] {
             Common::setThreadName("vci-scan-dialog");
-            foundAny = scanner.scan(tzVciScanTimeoutMs);
+            foundAny = scanner.scan(std::move(running), tzVciScanTimeoutMs);
             finished = true;
         });
     } catch (const std::system_error &error) {

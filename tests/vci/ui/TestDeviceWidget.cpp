@@ -228,6 +228,26 @@ void TestDeviceWidget::scanEndsWhenTheProgramQuits()
     QVERIFY(driver.seen().empty());
 }
 
+// The loop of the scan ends at once, mostly before the scan's thread has run.
+void TestDeviceWidget::scanEndsWhenTheProgramHasQuitBefore()
+{
+    tztest::MessageBoxDriver driver;
+    for (int round = 0; round < 10; ++round) {
+        TzVciDeviceWidget widget(m_store.get(), m_scanner.get());
+        widget.show();
+        QElapsedTimer elapsed;
+        QTimer::singleShot(0, &widget, [&] {
+            elapsed.start();
+            QCoreApplication::quit();
+            widget.hide();
+            widget.onScanDeviceClicked();
+        });
+        QCoreApplication::exec();
+        QVERIFY(elapsed.elapsed() < tzVciScanTimeoutMs);
+        QVERIFY(!m_scanner->isScanning());
+    }
+}
+
 void TestDeviceWidget::addPresetsTheLowestFreeIndexAndEightChannels()
 {
     for (const int index : {0, 1, 3})

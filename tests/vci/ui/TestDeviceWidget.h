@@ -24,6 +24,7 @@ private Q_SLOTS:
     void scanWithoutResultSaysSoAndKeepsPainting();
     void scanOutlivesTheWidget();
     void scanEndsWhenTheProgramQuits();
+    void scanEndsWhenTheProgramHasQuitBefore();
     void addPresetsTheLowestFreeIndexAndEightChannels();
     void addMakesADevice();
     void addRefusesAnIndexThatExists();
