@@ -27,9 +27,9 @@ void setHookLimit(std::chrono::milliseconds limit);
 /// process goes on without crash handling. Call it on the main thread, early.
 void setup();
 
-/// What SIGTERM, SIGINT and SIGHUP do: @p callback runs once, in normal context, on the thread "tz-terminate". A
-/// process that still lives @p limit after the signal goes the road above and dies by that signal. Needs setup(). An
-/// empty function gives the signals back to the system. Main thread.
+/// What SIGTERM, SIGINT and SIGHUP do: @p callback runs once, in normal context, on the thread "tz-terminate"; it may
+/// call std::exit(). A process that still lives @p limit after the signal goes the road above and dies by that signal.
+/// Needs setup(). An empty function gives the signals back to the system. Main thread.
 void setTerminationCallback(std::function<void()> callback, std::chrono::milliseconds limit = defaultTerminationLimit);
 
 /// Takes the handlers out and joins the threads. Done by itself at exit.

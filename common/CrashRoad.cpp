@@ -147,7 +147,9 @@ void CrashRoad::stopTermination()
     platform::restoreTerminationSignals();
     m_quitTermination.store(true);
     m_terminationWanted.set();
-    if (m_terminator.joinable())
+    if (m_terminator.get_id() == std::this_thread::get_id())
+        m_terminator.detach(); // the callback itself ends the process
+    else if (m_terminator.joinable())
         m_terminator.join();
     m_quitTermination.store(false);
     m_terminationWanted.wait(std::chrono::milliseconds(0)); // a second signal may have left it set

@@ -230,6 +230,10 @@ Modes makeModes(char **arguments)
                  shortLimit);
          }},
         {"quit-throws", [] { waitForSignal([] { throw std::runtime_error("no way"); }, shortLimit); }},
+        {"quit-exits",
+         [] {
+             waitForSignal([] { std::exit(7); }, shortLimit); // NOLINT(concurrency-mt-unsafe): the point of the test
+         }},
         {"quit-cleared",
          [] {
              CrashHandler::setTerminationCallback([] { say("closing\n"); });

@@ -261,6 +261,15 @@ TEST_F(CrashHandlerTest, ACallbackThatThrowsIsToldInTheLog)
     EXPECT_THAT(logText(), HasSubstr("[error] Exception in the termination callback: no way"));
 }
 
+TEST_F(CrashHandlerTest, ACallbackMayEndTheProcessItself)
+{
+    start(QStringLiteral("quit-exits"));
+    askToEnd(SIGTERM);
+    EXPECT_EQ(m_child.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(m_child.exitCode(), 7);
+    EXPECT_EQ(m_output, "ready\n");
+}
+
 TEST_F(CrashHandlerTest, WithoutACallbackTheSignalIsTheSystems)
 {
     start(QStringLiteral("quit-cleared"));
