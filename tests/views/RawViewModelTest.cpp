@@ -256,7 +256,7 @@ TEST_P(RawViewModel, FramesOfSuccessiveDeliverersKeepTheirOrder)
     ASSERT_EQ(m_model->rowCount(), 5);
     std::vector<std::uint64_t> times;
     for (const TzVciMessage &message : m_model->allMessages())
-        times.push_back(message.timestamp);
+        times.push_back(std::uint64_t{message.timestamp}); // the record is packed
     EXPECT_EQ(times, (std::vector<std::uint64_t>{10, 20, 30, 40, 50}));
     const std::uint32_t wanted[] = {1, 2, 1, 3, 4};
     for (int row = 0; row < 5; ++row)
