@@ -180,7 +180,7 @@ std::map<int, TzVciConfigFile::Elements> TzVciConfigFile::elementsByDevice(const
     std::map<int, Elements> elements;
     for (const QJsonValue &value : root.value(devicesKey).toArray()) {
         const QJsonObject element = value.toObject();
-        elements[element.value(deviceIndexKey).toInt(-1)].push_back(element);
+        elements[deviceIndex(element)].push_back(element);
     }
     return elements;
 }
@@ -196,6 +196,11 @@ void TzVciConfigFile::applyElement(const QJsonObject &element, TzVciDeviceConfig
     takeLocalIp(element.value(localIpKey), config.localIP);
     applyArray(element.value(canChannelsKey).toArray(), config.canChannels);
     applyArray(element.value(linChannelsKey).toArray(), config.linChannels);
+}
+
+int TzVciConfigFile::deviceIndex(const QJsonObject &element)
+{
+    return element.value(deviceIndexKey).toInt(-1);
 }
 
 bool TzVciConfigFile::haveSameSettings(const TzVciDeviceConfig &left, const TzVciDeviceConfig &right)

@@ -39,11 +39,12 @@ public:
     /// Takes the settings of a device's elements, one after the other; values that are missing or invalid leave the
     /// record as it is. A local address is empty or a dotted IPv4 address.
     static void applyElements(const Elements &elements, TzVciDeviceConfig &config);
+    static void applyElement(const QJsonObject &element, TzVciDeviceConfig &config); ///< the same for one
+    /// The device index of an element, -1 if it has none.
+    static int deviceIndex(const QJsonObject &element);
     /// Whether two records would be saved alike and have the same bit timing; open flags do not count.
     static bool haveSameSettings(const TzVciDeviceConfig &left, const TzVciDeviceConfig &right);
 
 private:
-    static void applyElement(const QJsonObject &element, TzVciDeviceConfig &config);
-
     QString m_path;
 };

@@ -1,69 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "tests/support/TempWorkDir.h"
-#include "tests/vci/DeviceFixture.h"
-#include "vci/TzVciConfigFile.h"
-#include "vci/TzVciDeviceStore.h"
-
-#include <QFile>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
+#include "tests/vci/DeviceStoreFileFixture.h"
 
 #include <unistd.h>
 
 using namespace tztest;
 using testing::IsEmpty;
-
-namespace {
-
-const char *const path = "config/vci/vci_config.json";
-const char *const loadedLine = "Configuration loaded and applied to existing devices.";
-
-} // namespace
-
-class DeviceStoreFile : public testing::Test
-{
-protected:
-    DeviceStoreFile() { store.addDevice(0, TzVciDeviceConfig(2, 2)); }
-
-    static void writeFile(const QByteArray &bytes)
-    {
-        QDir().mkpath(QStringLiteral("config/vci"));
-        QFile file(path);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(bytes);
-    }
-    static QJsonObject readFile()
-    {
-        QFile file(path);
-        EXPECT_TRUE(file.open(QIODevice::ReadOnly));
-        return QJsonDocument::fromJson(file.readAll()).object();
-    }
-    static QJsonObject savedElement(int position)
-    {
-        return readFile().value("devices").toArray().at(position).toObject();
-    }
-    static QJsonObject savedCan(int position, int channel)
-    {
-        return savedElement(position).value("canChannels").toArray().at(channel).toObject();
-    }
-    // The first device as it came into the world.
-    void expectDefaults()
-    {
-        EXPECT_EQ(store.canChannelConfig(0, 0)->baudRate, 500000U);
-        EXPECT_EQ(store.canChannelConfig(0, 0)->fdBaudRate, 2000000U);
-        EXPECT_EQ(store.canChannelConfig(0, 0)->type, QStringLiteral("CANFD"));
-        EXPECT_TRUE(store.canChannelConfig(0, 0)->terminalResistorEnabled);
-        EXPECT_EQ(store.linChannelConfig(0, 0)->baudRate, 19200U);
-        EXPECT_EQ(store.linChannelConfig(0, 0)->type, QStringLiteral("Master"));
-        EXPECT_EQ(store.linChannelConfig(0, 0)->ldfFile, QString());
-        EXPECT_EQ(store.localIP(0), QString());
-    }
-
-    TempWorkDir dir;
-    LogCapture log;
-    TzVciDeviceStore store;
-};
 
 TEST_F(DeviceStoreFile, SavedFormIsFixed)
 {
@@ -259,61 +200,6 @@ TEST_F(DeviceStoreFile, OpenChannelsDoNotCountAsEdited)
     EXPECT_EQ(savedCan(1, 0).value("baudRate").toString(), QStringLiteral("125000"));
     EXPECT_TRUE(store.isChannelOpen(3, 1, 0));
 }
-
-struct HostileFile
-{
-    const char *name;
-    QByteArray bytes;
-};
-
-class HostileConfigFile : public DeviceStoreFile, public testing::WithParamInterface<HostileFile>
-{
-};
-
-TEST_P(HostileConfigFile, LeavesTheDevicesAsTheyAre)
-{
-    writeFile(GetParam().bytes);
-    EXPECT_TRUE(store.loadConfig());
-    EXPECT_TRUE(log.has(logInfo, loadedLine));
-    expectDefaults();
-    EXPECT_EQ(store.currentDeviceIndex(), 0);
-    EXPECT_TRUE(store.saveConfig());
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Files, HostileConfigFile,
-    testing::Values(
-        HostileFile{"Empty", ""}, HostileFile{"SyntaxError", R"({"devices": [{"deviceIndex": 0, "localIP": "1.1.1.1")"},
-        HostileFile{"NotAnObject", "[1, 2, 3]"}, HostileFile{"BinaryJunk", QByteArray(4096, '\xFE') + '\0'},
-        HostileFile{"DeepNesting", QByteArray(200000, '[')},
-        HostileFile{"DevicesNotAnArray", R"({"devices": {"deviceIndex": 0}, "currentDeviceIndex": "two"})"},
-        HostileFile{"ElementsNotObjects", R"({"devices": [0, "x", null, [1], true]})"},
-        HostileFile{"IndexNotANumber", R"({"devices": [{"deviceIndex": "0", "localIP": "1.1.1.1"}]})"},
-        HostileFile{"IndexHuge",
-                    R"({"currentDeviceIndex": 1e300, "devices": [{"deviceIndex": 1e300, "localIP": "x"}]})"},
-        HostileFile{"IndexFraction", R"({"devices": [{"deviceIndex": 0.5, "localIP": "x"}]})"},
-        HostileFile{"NoIndex", R"({"devices": [{"localIP": "x"}]})"},
-        HostileFile{"WrongTypes", R"({"devices": [{"deviceIndex": 0, "localIP": 7, "canChannels": [{"baudRate": 125000,
-            "fdBaudRate": true, "type": 5, "terminalResistorEnabled": "false"}],
-            "linChannels": [{"baudRate": [], "type": {}, "ldfFile": 1}]}]})"},
-        HostileFile{"BadRates", R"({"devices": [{"deviceIndex": 0, "canChannels": [{"baudRate": "0",
-            "fdBaudRate": "4294967296"}], "linChannels": [{"baudRate": "-1"}]}]})"},
-        HostileFile{"RatesNotDigits", R"({"devices": [{"deviceIndex": 0, "canChannels": [{"baudRate": "0x100",
-            "fdBaudRate": "1e6"}], "linChannels": [{"baudRate": " 9600"}]}]})"},
-        HostileFile{"UnknownTypes", R"({"devices": [{"deviceIndex": 0, "canChannels": [{"type": "canfd"}],
-            "linChannels": [{"type": "Commander"}]}]})"},
-        HostileFile{"LocalIpAText", R"({"devices": [{"deviceIndex": 0, "localIP": "eth0"}]})"},
-        HostileFile{"LocalIpOfThreeParts", R"({"devices": [{"deviceIndex": 0, "localIP": "1.2.3"}]})"},
-        HostileFile{"LocalIpOfFiveParts", R"({"devices": [{"deviceIndex": 0, "localIP": "1.2.3.4.5"}]})"},
-        HostileFile{"LocalIpOutOfRange", R"({"devices": [{"deviceIndex": 0, "localIP": "1.2.3.256"}]})"},
-        HostileFile{"LocalIpWithAGap", R"({"devices": [{"deviceIndex": 0, "localIP": "1..3.4"}]})"},
-        HostileFile{"LocalIpWithASign", R"({"devices": [{"deviceIndex": 0, "localIP": "1.2.3.+4"}]})"},
-        HostileFile{"LocalIpVersion6", R"({"devices": [{"deviceIndex": 0, "localIP": "::1"}]})"},
-        HostileFile{"ChannelsNotArrays", R"({"devices": [{"deviceIndex": 0, "canChannels": {"baudRate": "1"},
-            "linChannels": "none"}]})"},
-        HostileFile{"TooLarge",
-                    QByteArray(17 * 1024 * 1024, ' ') + R"({"devices": [{"deviceIndex": 0, "localIP": "x"}]})"}),
-    [](const auto &test) { return std::string(test.param.name); });
 
 TEST_F(DeviceStoreFile, ElementWithoutChannelsSetsTheAddressAlone)
 {
