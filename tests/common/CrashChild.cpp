@@ -83,7 +83,8 @@ void faultAt(std::uintptr_t address)
 
 void fault()
 {
-    faultAt(sizeof(int));
+    volatile std::uintptr_t address = sizeof(int); // volatile: the compiler refuses what it sees coming
+    faultAt(address);
 }
 
 // What the unwinder does, once set, in the place of its work.
