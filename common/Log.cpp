@@ -230,6 +230,11 @@ void removeLogSink(LogSink *sink)
     LogCore::instance().removeSink(sink);
 }
 
+void ensureLog()
+{
+    LogCore::instance();
+}
+
 void detail::writeDebugHex(std::string &&label, const void *data, std::size_t size)
 {
     label.reserve(label.size() + 3 * size);

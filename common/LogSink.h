@@ -20,4 +20,8 @@ void addLogSink(LogSink *sink);
 /// No call into the sink is running or comes once this has returned.
 void removeLogSink(LogSink *sink);
 
+/// Makes the process-wide log, where nothing has been logged yet. A process-wide object that logs while it is destroyed
+/// calls this in its constructor, so that the log outlives it.
+void ensureLog();
+
 } // namespace Common

@@ -19,9 +19,7 @@ TzVciDeviceManager::TzVciDeviceManager(TzVciDeviceStore *store, const TzVciNetwo
     , m_timeBase(m_timeManager)
     , m_displayMode(Common::TimestampDisplayMode::GlobalRelativeTime)
 {
-    // The log's core comes into being before the manager is complete, so that it ends after it. This call makes it
-    // whatever level is logged.
-    Common::removeLogSink(nullptr);
+    Common::ensureLog(); // the destructor of the process's manager still logs
     m_timeManager.initialize(std::chrono::system_clock::now(), Common::UnifiedTimeManager::defaultScaleFactor);
 }
 
