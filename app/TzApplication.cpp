@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/TzApplication.h"
 
+#include "common/Log.h"
+
 #include <QThread>
 
 #include <utility>
@@ -23,16 +25,34 @@ bool TzApplication::notify(QObject *receiver, QEvent *event)
 
 void TzApplication::keepException()
 {
-    {
-        const std::lock_guard lock(m_mutex);
-        if (!m_exception) // the first is the cause; what follows while the loops end is not
-            m_exception = std::current_exception();
+    if (!keep(std::current_exception())) {
+        if (!m_swallowed.exchange(true))
+            Common::logError("Further exceptions after the one that ended the program are left out");
+        return;
     }
-    m_failed.store(true);
     if (QThread::currentThread() == thread())
         end();
     else
         requestEnd();
+}
+
+bool TzApplication::keep(std::exception_ptr exception)
+{
+    const std::lock_guard lock(m_mutex);
+    if (m_handedOver)
+        return false;
+    if (!m_exception) // the first is the cause; what follows while the loops end is not
+        m_exception = std::move(exception);
+    m_failed.store(true);
+    return true;
+}
+
+std::exception_ptr TzApplication::handOver()
+{
+    const std::lock_guard lock(m_mutex);
+    m_failed.store(false);
+    m_handedOver = m_exception != nullptr;
+    return std::exchange(m_exception, nullptr);
 }
 
 void TzApplication::requestEnd()
@@ -43,9 +63,10 @@ void TzApplication::requestEnd()
 void TzApplication::onEndOrdered()
 {
     m_endOrder.wait(std::chrono::milliseconds(0)); // takes it
-    if (!hasFailed())
+    const bool failed = hasFailed();
+    end(); // first, so that a question which a closing window asks returns at once
+    if (!failed)
         Q_EMIT endRequested();
-    end();
 }
 
 void TzApplication::end()
@@ -56,19 +77,18 @@ void TzApplication::end()
 
 int TzApplication::run()
 {
+    {
+        const std::lock_guard lock(m_mutex);
+        m_handedOver = false;
+    }
+    m_swallowed.store(false);
     // An order to quit that came before the loop is lost on exec(), and it keeps message boxes from showing until a
     // loop has ended: so the loop runs in any case.
     if (m_ending.load() || m_failed.load())
         QMetaObject::invokeMethod(this, &QCoreApplication::quit, Qt::QueuedConnection);
     const int result = exec();
     m_ending.store(false);
-    m_failed.store(false);
-    std::exception_ptr failure;
-    {
-        const std::lock_guard lock(m_mutex);
-        failure = std::exchange(m_exception, nullptr);
-    }
-    if (failure)
+    if (const std::exception_ptr failure = handOver())
         std::rethrow_exception(failure);
     return result;
 }

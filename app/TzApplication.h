@@ -11,7 +11,8 @@
 #include <mutex>
 
 /// The application object. An exception that escapes a slot must not travel through the toolkit's event loop: it is
-/// kept here, all loops end, and run() throws it to the caller.
+/// kept here, all loops end, and run() throws it to the caller. What is thrown after that, while the caller tells the
+/// user, ends nothing any more: the message box must stay.
 class TzApplication : public QApplication
 {
     Q_OBJECT
@@ -27,23 +28,28 @@ public:
     int run();
     /// Ends all event loops, also for a run() that has not begun. UI thread only.
     void end();
-    /// Orders the end from any thread: endRequested(), then end(), on the UI thread.
+    /// Orders the end from any thread: end(), then endRequested(), on the UI thread.
     void requestEnd();
     /// Whether an exception has been kept that run() has not thrown yet.
     bool hasFailed() const { return m_failed.load(); }
 
 Q_SIGNALS:
-    /// The program is told to end, and does so when the receivers return. Emitted on the UI thread.
+    /// The program is told to end, and does so when the receivers return. No dialog waits for an answer any more, also
+    /// none that a receiver shows. Emitted on the UI thread.
     void endRequested();
 
 private:
     void keepException();
+    bool keep(std::exception_ptr exception); // false once one has been handed over
+    std::exception_ptr handOver();
     void onEndOrdered();
 
-    std::mutex m_mutex; // protects m_exception
+    std::mutex m_mutex; // protects the next two
     std::exception_ptr m_exception;
+    bool m_handedOver = false; // run() has thrown; until the next run() nothing is kept
     std::atomic<bool> m_failed{false};
     std::atomic<bool> m_ending{false};
+    std::atomic<bool> m_swallowed{false}; // an exception came after one that run() threw
     Common::platform::WakeEvent m_endOrder;
     QSocketNotifier m_endNotifier{m_endOrder.descriptor(), QSocketNotifier::Read};
 };

@@ -2,8 +2,10 @@
 #include "tests/app/TestTzApplication.h"
 
 #include "app/TzApplication.h"
+#include "tests/support/LogCapture.h"
 #include "tests/support/MessageBoxDriver.h"
 
+#include <QAbstractButton>
 #include <QDialog>
 #include <QMessageBox>
 #include <QTimer>
@@ -45,6 +47,12 @@ void throwLater(const char *text)
 }
 
 } // namespace
+
+void TestTzApplication::init()
+{
+    application().end();
+    application().run(); // a run that fails keeps nothing more until the next: begin behind one that does not
+}
 
 void TestTzApplication::anExceptionOutOfASlotEndsTheLoopAndComesOutOfRun()
 {
@@ -107,6 +115,33 @@ void TestTzApplication::aMessageBoxShowsAfterAnException()
     driver.expectBox(QMessageBox::Ok);
     QMessageBox::critical(nullptr, QStringLiteral("title"), QStringLiteral("text"));
     QVERIFY(driver.allMet());
+}
+
+void TestTzApplication::aThrowerThatRepeatsLeavesTheMessageBoxAlone()
+{
+    constexpr int throwsUnderTheBox = 5;
+    const tztest::LogCapture log;
+    int thrown = 0;
+    QTimer thrower;
+    connect(&thrower, &QTimer::timeout, this, [&] {
+        ++thrown;
+        throw std::runtime_error("again");
+    });
+    thrower.start(1);
+    QCOMPARE(runForFailure(), std::string("again"));
+    thrown = 0;
+    QMessageBox box(QMessageBox::Critical, QStringLiteral("title"), QStringLiteral("text"), QMessageBox::Ok);
+    QTimer answer;
+    connect(&answer, &QTimer::timeout, &box, [&] {
+        if (thrown >= throwsUnderTheBox)
+            box.button(QMessageBox::Ok)->click();
+    });
+    answer.start(1);
+    QCOMPARE(box.exec(), static_cast<int>(QMessageBox::Ok)); // it ended by its button
+    QVERIFY(thrown >= throwsUnderTheBox);
+    QVERIFY(!application().hasFailed());
+    QCOMPARE(log.count(3, "Further exceptions after the one that ended the program are left out"), std::size_t{1});
+    QCOMPARE(runForFailure(), std::string("again")); // a new run keeps the first again
 }
 
 void TestTzApplication::anEndOrderedBeforeTheLoopEndsItAtOnce()

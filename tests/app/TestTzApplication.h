@@ -7,6 +7,7 @@ class TestTzApplication : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
+    void init();
     void anExceptionOutOfASlotEndsTheLoopAndComesOutOfRun();
     void anExceptionInADialogBeforeTheLoopComesOutOfRun();
     void theFirstOfSeveralExceptionsIsKept();
@@ -14,5 +15,6 @@ private Q_SLOTS:
     void anExceptionOnAnotherThreadComesOutOfRun();
     void anEndRequestedOnAnotherThreadIsAnnouncedAndEndsTheLoop();
     void aMessageBoxShowsAfterAnException();
+    void aThrowerThatRepeatsLeavesTheMessageBoxAlone();
     void anEndOrderedBeforeTheLoopEndsItAtOnce();
 };
