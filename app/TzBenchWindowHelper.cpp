@@ -88,11 +88,17 @@ void TzBenchWindowHelper::newView(std::uint8_t kind, Request request)
 {
     if (!hasRoomForView(kind, request))
         return;
-    TzVciBaseViewWindow *view = createView(kind);
-    if (!view)
-        return;
+    if (TzVciBaseViewWindow *view = createView(kind))
+        addView(view);
+}
+
+void TzBenchWindowHelper::addView(TzVciBaseViewWindow *view)
+{
     connect(this, &TzBenchWindowHelper::sigClearViewWindow, view, &TzVciBaseViewWindow::onClearViewWindow);
-    connect(view, &QObject::destroyed, this, &TzBenchWindowHelper::removeView);
+    // A view that is destroyed without having been closed. The drain threads must have left it before its destructor
+    // takes it apart; the others move up when it is gone.
+    connect(view, &TzVciBaseViewWindow::sigLeaveDelivery, this, [this, view] { m_views.remove(view); });
+    connect(view, &QObject::destroyed, this, &TzBenchWindowHelper::arrangeViews);
     view->installEventFilter(this);
     m_views.append(view);
     m_views.renumber();
@@ -140,19 +146,19 @@ bool TzBenchWindowHelper::eventFilter(QObject *watched, QEvent *event)
 
 void TzBenchWindowHelper::onCloseViewWindow(TzVciBaseViewWindow *viewWindow)
 {
-    viewWindow->removeEventFilter(this);
-    disconnect(viewWindow, &QObject::destroyed, this, nullptr);
-    disconnect(this, nullptr, viewWindow, nullptr);
-    removeView(viewWindow);
-}
-
-void TzBenchWindowHelper::removeView(const QObject *view)
-{
-    if (!m_views.remove(view)) {
+    if (!m_views.remove(viewWindow)) { // then it may point anywhere
         QMessageBox::warning(window(), tr("Warnning"),
                              tr("System exception: The current window handle is not recognized"));
         return;
     }
+    viewWindow->removeEventFilter(this);
+    viewWindow->disconnect(this);
+    disconnect(this, nullptr, viewWindow, nullptr);
+    arrangeViews();
+}
+
+void TzBenchWindowHelper::arrangeViews()
+{
     m_views.renumber();
     tileViews();
 }

@@ -39,6 +39,8 @@ public:
 
     /// Opens a view of a kind (TzVciViewKind) and tiles. A kind without a window opens nothing.
     void newView(std::uint8_t kind, Request request);
+    /// Takes @p view in, which becomes the area's: lists it, numbers and shows it, and tiles.
+    void addView(TzVciBaseViewWindow *view);
     void closeViews();
     void tileViews();
     const TzViewList &views() const { return m_views; }
@@ -66,7 +68,7 @@ public Q_SLOTS:
 private:
     TzVciBaseViewWindow *createView(std::uint8_t kind);
     bool hasRoomForView(std::uint8_t kind, Request request);
-    void removeView(const QObject *view);
+    void arrangeViews();
     void connectDevices();
     void disconnectDevices();
     void onVciStatus(int deviceIndex, std::uint8_t cmd);

@@ -14,6 +14,8 @@
 #include <QTableView>
 #include <QtTest>
 
+#include <atomic>
+
 namespace {
 
 using Titles = std::vector<QString>;
@@ -29,9 +31,14 @@ public:
         : TzVciBaseViewWindow(nullptr, kind, nullptr)
     {
     }
-    void onReceivedMessages(const std::vector<TzVciMessage> &) override {}
+    ~PlainView() override { leaveDelivery(); }
+    void onReceivedMessages(const std::vector<TzVciMessage> &messages) override { m_received += messages.size(); }
     void onUpdateData() override {}
     void onUpdateUi() override {}
+    std::size_t received() const { return m_received.load(); }
+
+private:
+    std::atomic<std::size_t> m_received{0};
 };
 
 /// Makes a window refuse to close while it lives.
@@ -240,7 +247,19 @@ void TestViewManagement::openingACanChannelWithOnlyALinViewOpensACanView()
 
 void TestViewManagement::openingACanChannelWithADbcViewOpensNone()
 {
-    // What opens a view is that the list has none of the family; a decoded view counts.
+    tztest::AppFixture fixture(1);
+    auto *dbc = new PlainView(TzVciViewKind::dbc);
+    fixture.helper().addView(dbc); // the area's from here on
+    QSignalSpy cleared(&fixture.helper(), &TzBenchWindowHelper::sigClearViewWindow);
+    QVERIFY(fixture.openAll(0, can, 0));
+    QCOMPARE(cleared.count(), 1); // the channel has been heard of
+    fixture.simulator.box(0).injectCan(0, canFrame(0x123));
+    QVERIFY(tztest::waitFor([&] { return dbc->received() == 1; }));
+    QCOMPARE(fixture.titles(), (Titles{"View1 For DBC"}));
+}
+
+void TestViewManagement::decodedViewsCountForTheirFamily()
+{
     TzViewList list;
     PlainView dbc(TzVciViewKind::dbc);
     list.append(&dbc);
@@ -397,4 +416,22 @@ void TestViewManagement::viewsMayCloseWhileFramesFlow()
     }
     fixture.helper().closeViews();
     QVERIFY(fixture.titles().empty());
+}
+
+void TestViewManagement::viewsMayBeDestroyedUnclosedWhileFramesFlow()
+{
+    tztest::AppFixture fixture(1);
+    QVERIFY(fixture.openAll(0, can, 0));
+    tzsim::LoadSpec load;
+    load.framesPerSecond = 20000;
+    fixture.simulator.box(0).startLoad(load);
+    tztest::MessageBoxDriver driver;
+    for (int round = 0; round < 10; ++round) {
+        openViews(fixture, 4 - static_cast<int>(fixture.titles().size()));
+        QVERIFY(tztest::waitFor([&] { return fixture.countersOf(3).total > 100; }));
+        delete fixture.area().subWindowList().at(round % 4);
+        QCOMPARE(fixture.titles(), (Titles{"View1 For CAN", "View2 For CAN", "View3 For CAN"}));
+    }
+    QVERIFY(fixture.helper().isDraining(can));
+    QCOMPARE(driver.seen().size(), std::size_t{0});
 }

@@ -24,6 +24,7 @@ private Q_SLOTS:
     // channels
     void openingACanChannelWithOnlyALinViewOpensACanView();
     void openingACanChannelWithADbcViewOpensNone();
+    void decodedViewsCountForTheirFamily();
     void openingALinChannelOpensALinView();
     void atTheLimitAnAutomaticViewIsOneInfoLine();
     void theFirstCanChannelEmptiesTheViewsAndTheSecondDoesNot();
@@ -34,4 +35,5 @@ private Q_SLOTS:
     void clearButtonOfAViewReachesThatViewAlone();
     void clearSignalOfADecodedKindReachesItsFamily();
     void viewsMayCloseWhileFramesFlow();
+    void viewsMayBeDestroyedUnclosedWhileFramesFlow();
 };

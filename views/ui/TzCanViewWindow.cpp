@@ -7,3 +7,8 @@ TzCanViewWindow::TzCanViewWindow(TzVciDeviceManager *deviceManager, TzVciDeviceS
     : TzRawViewWindow(deviceManager, deviceStore, new TzCanViewModel(deviceManager), columnWidths, parent)
 {
 }
+
+TzCanViewWindow::~TzCanViewWindow()
+{
+    leaveDelivery(); // first: frames come in until then
+}

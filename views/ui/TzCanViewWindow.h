@@ -4,12 +4,13 @@
 #include "views/ui/TzRawViewWindow.h"
 
 /// The raw view of CAN traffic.
-class TzCanViewWindow : public TzRawViewWindow
+class TzCanViewWindow final : public TzRawViewWindow
 {
     Q_OBJECT
 public:
     /// The pointers must outlive the view.
     TzCanViewWindow(TzVciDeviceManager *deviceManager, TzVciDeviceStore *deviceStore, QWidget *parent = nullptr);
+    ~TzCanViewWindow() override;
 
 private:
     static constexpr ColumnWidth columnWidths[] = {{0, 90}, {1, 120}, {2, 50}, {3, 60}, {4, 80},

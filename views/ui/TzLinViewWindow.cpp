@@ -7,3 +7,8 @@ TzLinViewWindow::TzLinViewWindow(TzVciDeviceManager *deviceManager, TzVciDeviceS
     : TzRawViewWindow(deviceManager, deviceStore, new TzLinViewModel(deviceManager), columnWidths, parent)
 {
 }
+
+TzLinViewWindow::~TzLinViewWindow()
+{
+    leaveDelivery(); // first: frames come in until then
+}

@@ -57,7 +57,10 @@ TzRawViewWindow::TzRawViewWindow(TzVciDeviceManager *deviceManager, TzVciDeviceS
     setTimersStopped(false);
 }
 
-TzRawViewWindow::~TzRawViewWindow() = default;
+TzRawViewWindow::~TzRawViewWindow()
+{
+    leaveDelivery(); // again, for a form that forgot it: before the model goes
+}
 
 void TzRawViewWindow::setUpTable(std::span<const ColumnWidth> columnWidths)
 {

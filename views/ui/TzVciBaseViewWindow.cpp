@@ -8,6 +8,8 @@
 #include <QScrollBar>
 #include <QTimer>
 
+#include <utility>
+
 namespace {
 
 constexpr std::chrono::milliseconds dataInterval{20};
@@ -45,8 +47,15 @@ TzVciBaseViewWindow::TzVciBaseViewWindow(TzVciDeviceManager *deviceManager, std:
 
 TzVciBaseViewWindow::~TzVciBaseViewWindow()
 {
+    leaveDelivery(); // for a derived class that forgot it: late, but before the intake goes
     m_dataTimer->stop();
     m_uiTimer->stop();
+}
+
+void TzVciBaseViewWindow::leaveDelivery()
+{
+    if (!std::exchange(m_leftDelivery, true))
+        Q_EMIT sigLeaveDelivery();
 }
 
 void TzVciBaseViewWindow::setTimersStopped(bool stopped)

@@ -21,7 +21,8 @@ class TzVciDeviceManager;
 /// drives the derived view's model on two timers. It deletes itself when closed.
 ///
 /// Threads: onReceivedMessages() is called on the thread that delivers, one call at a time, and touches no widget. The
-/// owner takes the view out of its list before it closes. All else belongs to the UI thread.
+/// owner takes the view out of its list before it closes, or, where it is destroyed unclosed, on sigLeaveDelivery():
+/// so the destructor of every class that can be made begins with leaveDelivery(). All else belongs to the UI thread.
 class TzVciBaseViewWindow : public QWidget
 {
     Q_OBJECT
@@ -41,6 +42,9 @@ Q_SIGNALS:
     void sigResetUi(); ///< the view begins afresh
     void sigUpdateVisibleRow(int firstRow, int lastRow);
     void sigPausedChanged(bool paused);
+    /// The view is about to be destroyed and still whole. Whoever delivers to it from another thread must have ended
+    /// that when the slot returns.
+    void sigLeaveDelivery();
 
 public Q_SLOTS:
     /// Empties the view and its counters if @p windowType is a kind of the view's own family.
@@ -56,6 +60,8 @@ protected:
     /// @param deviceManager  must outlive the view
     TzVciBaseViewWindow(TzVciDeviceManager *deviceManager, std::uint8_t viewKind, QWidget *parent);
 
+    /// Announces the end by sigLeaveDelivery(), once; what follows does nothing.
+    void leaveDelivery();
     TzVciDeviceManager *deviceManager() const { return m_deviceManager; }
     /// The frames of a batch that enter, counted; for onReceivedMessages(). @see TzViewIntake::accept
     std::span<const TzVciMessage> accept(const std::vector<TzVciMessage> &messages)
@@ -84,4 +90,5 @@ private:
     TzViewIntake m_intake;
     QAbstractItemView *m_view = nullptr; // a child of this window
     bool m_atBottom = false;
+    bool m_leftDelivery = false;
 };
