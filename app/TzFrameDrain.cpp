@@ -38,7 +38,6 @@ void TzFrameDrain::stop()
 {
     if (!isRunning())
         return;
-    m_queue.setDrained(false);
     m_stopping.store(true); // a tick under full load would not end by itself
     m_timer.stop();
     std::size_t left = m_queue.waiting(); // a box that goes on sending must not hold the UI thread here
@@ -48,6 +47,7 @@ void TzFrameDrain::stop()
             break;
         left -= std::min(left, taken);
     }
+    m_queue.setDrained(false); // not before: what arrives in front of the idle limit is no standstill yet
 }
 
 void TzFrameDrain::tick()
