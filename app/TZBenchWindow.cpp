@@ -138,7 +138,12 @@ bool TZBenchWindow::endIfUserAgrees()
     const auto answer = QMessageBox::question(this, tr("Tips"), tr("Are you sure to close the program?"));
     if (m_ended)
         return true; // the program was told to end while the question stood
-    if (answer != QMessageBox::Yes || !closeToolWindows())
+    if (answer != QMessageBox::Yes)
+        return false;
+    const bool closed = closeToolWindows();
+    if (m_ended)
+        return true; // or while a tool window closed
+    if (!closed)
         return false;
     endWork();
     return true;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tests/app/TestClosing.h"
 
+#include "app/TzApplication.h"
 #include "app/TzEndLimit.h"
 #include "tests/app/AppFixture.h"
 #include "tests/support/LogCapture.h"
@@ -138,6 +139,43 @@ void TestClosing::withoutQuestionAnOpenQuestionEnds()
     QVERIFY(fixture.openAll(0, can, 0));
     QTimer::singleShot(0, fixture.window.get(), [&] { fixture.window->closeWithoutQuestion(); });
     QVERIFY(fixture.window->close()); // the question is taken back, and the answer no longer counts
+    QVERIFY(!fixture.simulator.box(0).canChannel(0).open);
+}
+
+void TestClosing::anOrderToEndWhileAToolWindowClosesIsTheEnd()
+{
+    tztest::AppFixture fixture(1);
+    QVERIFY(fixture.openAll(0, can, 0));
+    ToolWindow tool(fixture.window.get(), false);
+    tool.onClose = [&] {
+        fixture.window->closeWithoutQuestion(); // as a signal under a question of the tool window does
+    };
+    tztest::MessageBoxDriver driver;
+    driver.expectBox(QMessageBox::Yes);
+    QVERIFY(fixture.window->close()); // the refusal does not count any more
+    QVERIFY(!fixture.simulator.box(0).canChannel(0).open);
+}
+
+void TestClosing::toldToEndAQuestionOfAToolWindowReturnsAtOnce()
+{
+    auto &application = *static_cast<TzApplication *>(QCoreApplication::instance());
+    tztest::AppFixture fixture(1);
+    QVERIFY(fixture.openAll(0, can, 0));
+    connect(&application, &TzApplication::endRequested, fixture.window.get(), &TZBenchWindow::closeWithoutQuestion);
+    ToolWindow tool(fixture.window.get(), true);
+    int asked = 0;
+    auto answer = QMessageBox::Yes;
+    tool.onClose = [&] {
+        ++asked;
+        answer = QMessageBox::question(&tool, QStringLiteral("title"), QStringLiteral("Save?"));
+    };
+    tztest::MessageBoxDriver driver; // would answer if the question waited
+    application.requestEnd();
+    QCOMPARE(application.run(), 0);
+    QCOMPARE(asked, 1);
+    QVERIFY(answer != QMessageBox::Yes);
+    QCOMPARE(driver.seen().size(), std::size_t{0});
+    QVERIFY(!fixture.window->isVisible());
     QVERIFY(!fixture.simulator.box(0).canChannel(0).open);
 }
 

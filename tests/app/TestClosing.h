@@ -15,6 +15,8 @@ private Q_SLOTS:
     void withoutQuestionARefusalDoesNotCount();
     void withoutQuestionAnOpenDialogEnds();
     void withoutQuestionAnOpenQuestionEnds();
+    void anOrderToEndWhileAToolWindowClosesIsTheEnd();
+    void toldToEndAQuestionOfAToolWindowReturnsAtOnce();
     void afterClosingCallbacksAndQueuedStatusCallsDoNothing();
     void aDeviceMayOutliveTheWindow();
     void windowDestroyedWithoutClosingLeavesTheDevicesAlone();
