@@ -40,19 +40,19 @@ void showFailure(const QString &title, const QString &text)
 }
 
 /// The ways to an end that nobody asked the user about.
-void watchForEnd(TzApplication &application, TZBenchWindow &window)
+void watchForEnd(TzApplication &application, TZBenchWindow &window, std::chrono::milliseconds endLimit)
 {
-    QObject::connect(&application, &QCoreApplication::aboutToQuit, &window, [&application, &window] {
+    QObject::connect(&application, &QCoreApplication::aboutToQuit, &window, [&application, &window, endLimit] {
         if (application.hasFailed())
             return; // the crash hook closes the devices
-        const TzEndLimit limit(Common::CrashHandler::defaultTerminationLimit, [] {
+        const TzEndLimit limit(endLimit, [] {
             Common::logError("The program did not end in time");
             std::abort();
         });
         window.closeWithoutQuestion();
     });
     QObject::connect(&application, &TzApplication::endRequested, &window, &TZBenchWindow::closeWithoutQuestion);
-    Common::CrashHandler::setTerminationCallback([&application] { application.requestEnd(); });
+    Common::CrashHandler::setTerminationCallback([&application] { application.requestEnd(); }, endLimit);
 }
 
 } // namespace
@@ -97,11 +97,11 @@ void startBackgroundLoad()
     TzVciDeviceScanner::instance().scanAsync(tzVciScanTimeoutMs);
 }
 
-std::unique_ptr<TZBenchWindow> showMainWindow(TzApplication &application)
+std::unique_ptr<TZBenchWindow> showMainWindow(TzApplication &application, std::chrono::milliseconds endLimit)
 {
     auto window = std::make_unique<TZBenchWindow>(&TzVciDeviceManager::instance(), &TzVciDeviceStore::instance(),
                                                   &TzVciDeviceScanner::instance());
-    watchForEnd(application, *window);
+    watchForEnd(application, *window, endLimit);
     window->showMaximized();
     return window;
 }
@@ -125,6 +125,7 @@ void finish()
 {
     Common::CrashHandler::setTerminationCallback({});
     TzVciDeviceScanner::instance().cancel();
+    Common::Utils::registerCrashHandler(nullptr); // it uses objects that end after main()
 }
 
 } // namespace TzStartup

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "common/CrashHandler.h"
+
+#include <chrono>
 #include <functional>
 #include <memory>
 
@@ -22,13 +25,16 @@ void startLog();
 /// Starts the device scan without waiting for it.
 void startBackgroundLoad();
 /// The main window on the process's devices, shown maximised. A program that is told to end (by a signal or by the
-/// toolkit) takes the window's close steps without a question; one that has not ended 10 s later goes the way of a
-/// crash.
-std::unique_ptr<TZBenchWindow> showMainWindow(TzApplication &application);
+/// toolkit) takes the window's close steps without a question; one that has not ended @p endLimit later goes the way of
+/// a crash.
+std::unique_ptr<TZBenchWindow>
+showMainWindow(TzApplication &application,
+               std::chrono::milliseconds endLimit = Common::CrashHandler::defaultTerminationLimit);
 /// Runs @p work. An exception out of it runs the crash hook and is then shown in a message box.
 /// @return what @p work returns, -1 after a standard exception, -2 after any other
 int runGuarded(const std::function<int()> &work);
-/// Ends what startBackgroundLoad() has started, should it still run.
+/// Ends what startBackgroundLoad() has started, should it still run, and takes the crash hook out: a fault from here on
+/// ends without it.
 void finish();
 
 } // namespace TzStartup
