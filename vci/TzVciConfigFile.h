@@ -19,7 +19,7 @@ class TzVciConfigFile
 public:
     using Elements = std::vector<QJsonObject>;
 
-    static constexpr QLatin1String devicesKey{"devices"}; ///< of the file's object
+    static constexpr QLatin1String devicesKey{"devices", 7}; ///< of the file's object
 
     explicit TzVciConfigFile(QString path = QStringLiteral("config/vci/vci_config.json"));
 
