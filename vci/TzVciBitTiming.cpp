@@ -2,6 +2,7 @@
 #include "vci/TzVciBitTiming.h"
 
 #include <cmath>
+#include <limits>
 
 namespace {
 
@@ -27,13 +28,13 @@ TzVciBitTiming::SamplePointRating TzVciBitTiming::samplePointRating() const noex
 double TzVciBitTiming::divider() const noexcept
 {
     const double quantaPerSecond = static_cast<double>(seg1 + seg2 + syncQuanta) * bitRate;
-    return quantaPerSecond > 0.0 ? clockHz / quantaPerSecond : 0.0;
+    return quantaPerSecond > 0.0 ? clockHz / quantaPerSecond : std::numeric_limits<double>::infinity();
 }
 
 bool TzVciBitTiming::isDividerValid() const noexcept
 {
     const double value = divider();
-    if (value < 1.0 - dividerTolerance) // the device cannot speed its clock up
+    if (!std::isfinite(value))
         return false;
     const double fraction = value - std::floor(value);
     return fraction < dividerTolerance || fraction > 1.0 - dividerTolerance;

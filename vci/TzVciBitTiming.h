@@ -27,10 +27,10 @@ struct TzVciBitTiming
     /// Good from 75 to 87.5, Poor below 70 and above 90, Acceptable between.
     SamplePointRating samplePointRating() const noexcept;
 
-    /// The number by which the clock is to be divided for one time quantum; 0 where there is no such number.
+    /// The number by which the clock is to be divided for one time quantum; infinite without a bit rate.
     double divider() const noexcept;
-    /// Whether the divider is an integer from 1 on, within a hundredth: that admits rates such as 33333 bit/s, whose
-    /// divider of 60.0006 the device sets as 60.
+    /// Whether the divider is an integer within a hundredth: that admits rates such as 33333 bit/s, whose divider of
+    /// 60.0006 the device sets as 60.
     bool isDividerValid() const noexcept;
 };
 

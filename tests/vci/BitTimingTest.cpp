@@ -3,8 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdint>
-#include <limits>
+#include <cmath>
 #include <string>
 
 namespace {
@@ -39,12 +38,15 @@ INSTANTIATE_TEST_SUITE_P(Cases, BitTimingDivider,
                                          DividerCase{"AHalfFails", {31, 8, 800000}, 2.5, false},
                                          DividerCase{"ExactlyOnePasses", {6, 3, 8000000}, 1.0, true},
                                          DividerCase{"ATenthFails", {64, 32, 8000000}, 0.10309, false},
-                                         DividerCase{"AlmostNothingFails",
-                                                     {64, 32, std::numeric_limits<std::uint32_t>::max()},
-                                                     0.0002,
-                                                     false},
-                                         DividerCase{"NoRateFails", {31, 8, 0}, 0.0, false}),
+                                         DividerCase{"JustBelowOnePasses", {31, 8, 2010000}, 0.99502, true}),
                          [](const auto &test) { return std::string(test.param.name); });
+
+TEST(BitTiming, NoRateHasNoValidDivider)
+{
+    const TzVciBitTiming timing{31, 8, 0};
+    EXPECT_FALSE(std::isfinite(timing.divider()));
+    EXPECT_FALSE(timing.isDividerValid());
+}
 
 struct SamplePointCase
 {
