@@ -46,6 +46,8 @@ TzVciAddDeviceDialog::TzVciAddDeviceDialog(const TzVciDeviceStore &store, QWidge
     layout->addLayout(form);
     layout->addWidget(buttons);
     layout->setSizeConstraint(QLayout::SetFixedSize);
+    m_indexSpin->setFocus();
+    m_indexSpin->selectAll(); // what is typed replaces the value
 }
 
 QSpinBox *TzVciAddDeviceDialog::addSpinBox(QFormLayout *form, const QString &label, const QString &name, int maximum,

@@ -78,6 +78,8 @@ TzVciCanConfigDialog::TzVciCanConfigDialog(TzVciDeviceStore *store, int deviceIn
     connect(m_resetButton, &QPushButton::clicked, this, &TzVciCanConfigDialog::onResetClicked);
     updateSamplePoint();
     validateTimingParameters();
+    m_nominal.seg1->setFocus();
+    m_nominal.seg1->selectAll(); // what is typed replaces the value
 }
 
 QGroupBox *TzVciCanConfigDialog::makePhaseGroup(const QString &title, const QString &name, int maxSeg1, int maxSeg2,
@@ -134,7 +136,6 @@ void TzVciCanConfigDialog::buildLayout()
     note->setObjectName(QStringLiteral("labelNote"));
 
     m_applyButton->setDefault(true);
-    m_resetButton->setAutoDefault(false);
     auto *buttons = new QHBoxLayout;
     buttons->setSpacing(8);
     buttons->addStretch(1);
@@ -154,7 +155,6 @@ void TzVciCanConfigDialog::buildLayout()
     setTabOrder(m_data.seg2, m_resistorCheck);
     setTabOrder(m_resistorCheck, m_applyButton);
     setTabOrder(m_applyButton, m_resetButton);
-    m_nominal.seg1->setFocus();
 }
 
 void TzVciCanConfigDialog::loadRecord()

@@ -10,6 +10,7 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScreen>
 #include <QSignalBlocker>
 #include <QTreeWidget>
 #include <QVBoxLayout>
@@ -133,7 +134,6 @@ void TzVciChannelSelectDialog::buildLayout()
     m_applyButton->setMinimumWidth(88);
     m_applyButton->setDefault(true);
     for (QPushButton *button : {m_selectAllButton, m_selectNoneButton}) {
-        button->setAutoDefault(false);
         button->setVisible(!isSingle());
         button->setEnabled(!m_selection.isEmpty());
     }
@@ -144,7 +144,21 @@ void TzVciChannelSelectDialog::buildLayout()
     layout->addWidget(m_selection.isEmpty() ? makeEmptyText() : m_tree, 1);
     layout->addLayout(buttons);
     m_tree->setVisible(!m_selection.isEmpty());
-    resize(640, 360);
+    resize(QSize(640, 360).boundedTo(screen()->availableGeometry().size()));
+    buildTabOrder();
+}
+
+void TzVciChannelSelectDialog::buildTabOrder()
+{
+    QWidget *last = m_tree;
+    const auto append = [&last](QWidget *next) {
+        setTabOrder(last, next);
+        last = next;
+    };
+    for (const ChannelButton &entry : m_channelButtons)
+        append(entry.button);
+    for (QPushButton *button : {m_selectAllButton, m_selectNoneButton, m_applyButton})
+        append(button);
 }
 
 void TzVciChannelSelectDialog::showSelection()
@@ -160,8 +174,7 @@ void TzVciChannelSelectDialog::showSelection()
         const QSignalBlocker blocker(entry.button);
         entry.button->setChecked(m_selection.isChannelChecked(entry.deviceIndex, entry.channelIndex));
     }
-    // An empty choice is one in the filter form, as long as there is something to choose from.
-    m_applyButton->setEnabled(isSingle() ? m_selection.firstChecked().has_value() : !m_selection.isEmpty());
+    m_applyButton->setEnabled(!isSingle() || m_selection.firstChecked()); // an empty filter is a choice
 }
 
 void TzVciChannelSelectDialog::onItemChanged(QTreeWidgetItem *item, int column)

@@ -51,6 +51,7 @@ private:
     };
 
     void buildLayout();
+    void buildTabOrder();
     void buildTree();
     void addDevice(int deviceIndex, const TzVciChannelSelection::Device &device);
     QWidget *makeChannelRow(int deviceIndex, const TzVciChannelSelection::Device &device);

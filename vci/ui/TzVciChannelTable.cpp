@@ -6,6 +6,7 @@
 #include "vci/TzVciTypes.h"
 #include "vci/ui/TzVciRateComboBox.h"
 
+#include <QFocusEvent>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QPushButton>
@@ -144,6 +145,19 @@ void TzVciChannelTable::setCell(int row, int column, QWidget *control, const QSt
     layout->setContentsMargins(2 * cellMargin, cellMargin, 2 * cellMargin, cellMargin);
     layout->addWidget(control);
     setCellWidget(row, column, cell);
+    control->installEventFilter(this);
+}
+
+bool TzVciChannelTable::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() == QEvent::FocusIn) {
+        const Qt::FocusReason reason = static_cast<QFocusEvent *>(event)->reason();
+        const auto *control = qobject_cast<QWidget *>(watched);
+        // Not for the mouse: the control would move away from under it between press and release.
+        if (control && (reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason))
+            scrollTo(indexAt(control->parentWidget()->pos()));
+    }
+    return QTableWidget::eventFilter(watched, event);
 }
 
 QPushButton *TzVciChannelTable::makeChannelButton(int row)

@@ -49,6 +49,9 @@ Q_SIGNALS:
     void channelClicked();   ///< a channel button; see clickedRow()
     void configureClicked(); ///< a "Configure" button; see clickedRow()
 
+protected:
+    bool eventFilter(QObject *watched, QEvent *event) override; ///< scrolls to a control that Tab reaches
+
 private:
     struct Family;
     static const Family &familyOf(std::uint8_t protocol);

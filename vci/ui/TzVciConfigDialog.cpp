@@ -11,10 +11,12 @@
 
 #include <QGroupBox>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QScreen>
 #include <QSignalBlocker>
 #include <QTimer>
 
@@ -53,8 +55,10 @@ TzVciConfigDialog::TzVciConfigDialog(TzVciDeviceManager *manager, TzVciDeviceSto
 
 TzVciConfigDialog::~TzVciConfigDialog()
 {
-    if (isVisible()) // the program quits under the dialog, which so was never closed
-        m_store->saveConfig();
+    if (!isVisible())
+        return;
+    storeLocalIp(); // the program quits under the dialog, which so was never closed
+    m_store->saveConfig();
 }
 
 QGroupBox *TzVciConfigDialog::makeControlGroup()
@@ -103,7 +107,7 @@ void TzVciConfigDialog::buildLayout()
     layout->setSpacing(12);
     layout->addWidget(m_deviceWidget);
     layout->addLayout(right, 1);
-    resize(856, 720);
+    resize(QSize(856, 720).boundedTo(screen()->availableGeometry().size()));
 }
 
 void TzVciConfigDialog::connectAll()
@@ -125,6 +129,19 @@ void TzVciConfigDialog::done(int result)
     storeLocalIp();
     m_store->saveConfig();
     QDialog::done(result);
+}
+
+void TzVciConfigDialog::keyPressEvent(QKeyEvent *event)
+{
+    // No button is an automatic default, so that Enter in a field starts nothing; one that has the focus is meant.
+    const bool isEnter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    auto *button = isEnter ? qobject_cast<QPushButton *>(focusWidget()) : nullptr;
+    if (!button) {
+        QDialog::keyPressEvent(event);
+        return;
+    }
+    if (!event->isAutoRepeat())
+        button->click();
 }
 
 void TzVciConfigDialog::onDeviceSelected(int deviceIndex)
@@ -190,6 +207,8 @@ void TzVciConfigDialog::onLinChannelClicked()
 void TzVciConfigDialog::toggleChannel(TzVciChannelTable *table)
 {
     const int channelIndex = table->clickedRow();
+    if (channelIndex < 0) // nothing was clicked since the rows were made
+        return;
     const bool opening = !m_store->isChannelOpen(m_currentDevice, table->protocol(), channelIndex);
     std::int32_t result = TzVciResult::ok;
     {
@@ -215,7 +234,10 @@ void TzVciConfigDialog::showChannelError(bool opening, const QString &family, st
 
 void TzVciConfigDialog::onAdvancedButtonClicked()
 {
-    TzVciCanConfigDialog dialog(m_store, m_currentDevice, m_canTable->clickedRow(), this);
+    const int channelIndex = m_canTable->clickedRow();
+    if (channelIndex < 0)
+        return;
+    TzVciCanConfigDialog dialog(m_store, m_currentDevice, channelIndex, this);
     dialog.exec();
 }
 

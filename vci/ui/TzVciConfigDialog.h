@@ -33,6 +33,9 @@ public Q_SLOTS:
     void onLinChannelClicked();
     void onAdvancedButtonClicked();
 
+protected:
+    void keyPressEvent(QKeyEvent *event) override; ///< Enter and Return click the focused button
+
 private:
     QGroupBox *makeControlGroup();
     QGroupBox *makeTableGroup(const QString &title, TzVciChannelTable *table);

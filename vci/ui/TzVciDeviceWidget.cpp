@@ -30,26 +30,33 @@ namespace {
 
 constexpr std::chrono::milliseconds scanPollInterval{20};
 
+enum class ScanEnd
+{
+    FoundNew,
+    NothingNew,
+    Cancelled ///< by the end of the program
+};
+
 /// Runs a scan on a thread of its own, joined here, while this thread paints and runs its timers; the user's clicks and
 /// keys are dropped meanwhile. When the program quits under it the scan is ended early.
-bool scanWhilePainting(TzVciDeviceScanner &scanner)
+ScanEnd scanWhilePainting(TzVciDeviceScanner &scanner)
 {
     TzVciDeviceScanner::RunningScan running = scanner.begin();
     if (!running)
-        return false;
+        return ScanEnd::NothingNew;
     const TzVciInputBlocker blocker;
     std::atomic<bool> finished{false};
     bool foundAny = false; // read after the join
-    std::thread thread;
+    std::jthread thread;
     try {
-        thread = std::thread([&] {
+        thread = std::jthread([&] {
             Common::setThreadName("vci-scan-dialog");
             foundAny = scanner.scan(std::move(running), tzVciScanTimeoutMs);
             finished = true;
         });
     } catch (const std::system_error &error) {
         Common::logError("Scan for devices cannot start: {}", error.what());
-        return false;
+        return ScanEnd::NothingNew;
     }
     QEventLoop loop;
     QTimer poll;
@@ -59,10 +66,13 @@ bool scanWhilePainting(TzVciDeviceScanner &scanner)
     });
     poll.start(scanPollInterval);
     loop.exec();
-    if (!finished)
+    const bool endedEarly = !finished;
+    if (endedEarly)
         scanner.cancel();
     thread.join();
-    return foundAny;
+    if (endedEarly)
+        return ScanEnd::Cancelled;
+    return foundAny ? ScanEnd::FoundNew : ScanEnd::NothingNew;
 }
 
 QIcon deviceIcon(bool open)
@@ -116,6 +126,8 @@ void TzVciDeviceWidget::buildLayout()
     layout->setSpacing(8);
     layout->addLayout(buttons);
     layout->addWidget(m_list, 1);
+    setTabOrder(m_scanButton, m_addButton);
+    setTabOrder(m_addButton, m_list);
     m_list->setFocus();
 }
 
@@ -181,17 +193,20 @@ void TzVciDeviceWidget::onScanDeviceClicked()
         return;
     const QPointer<TzVciDeviceWidget> self(this);
     const bool wasVisible = isVisible();
-    bool foundAny = false;
+    const QPointer<QWidget> focused = window()->focusWidget(); // a disabled button loses the focus
+    ScanEnd end = ScanEnd::Cancelled;
     setScanning(true);
     {
         const TzVciWaitCursor waitCursor;
-        foundAny = scanWhilePainting(*m_scanner);
+        end = scanWhilePainting(*m_scanner);
     }
     if (!self) // the dialog was closed and deleted meanwhile
         return;
     setScanning(false);
+    if (focused)
+        focused->setFocus();
     refreshDevices();
-    if (!foundAny && isVisible() == wasVisible)
+    if (end == ScanEnd::NothingNew && isVisible() == wasVisible)
         QMessageBox::information(this, tr("Scan Result"), tr("No new devices were found."));
 }
 

@@ -5,5 +5,7 @@
 #include "tests/vci/ui/TestConfigDialog.h"
 #include "tests/vci/ui/TestConfigDialogWithBox.h"
 #include "tests/vci/ui/TestDeviceWidget.h"
+#include "tests/vci/ui/TestInputBlocker.h"
 
-TZ_QTEST_MAIN(TestCanConfigDialog, TestChannelSelectDialog, TestConfigDialog, TestConfigDialogWithBox, TestDeviceWidget)
+TZ_QTEST_MAIN(TestCanConfigDialog, TestChannelSelectDialog, TestConfigDialog, TestConfigDialogWithBox, TestDeviceWidget,
+              TestInputBlocker)

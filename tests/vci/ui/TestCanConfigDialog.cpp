@@ -258,6 +258,29 @@ void TestCanConfigDialog::resetChangesTheRecordOnlyOnApply()
     QVERIFY(config->terminalResistorEnabled);
 }
 
+void TestCanConfigDialog::enterOnResetResets()
+{
+    TzVciCanConfigDialog dialog(m_store.get(), 2, 0);
+    dialog.show();
+    QVERIFY(QTest::qWaitForWindowActive(&dialog));
+    spin(dialog, "nominalSeg1")->setValue(63);
+    auto *reset = dialog.findChild<QPushButton *>(QStringLiteral("buttonReset"));
+    reset->setFocus(Qt::TabFocusReason);
+    QTest::keyClick(reset, Qt::Key_Return);
+    QVERIFY(dialog.isVisible());
+    QCOMPARE(spin(dialog, "nominalSeg1")->value(), 31);
+}
+
+void TestCanConfigDialog::firstValueIsSelected()
+{
+    TzVciCanConfigDialog dialog(m_store.get(), 2, 0);
+    dialog.show();
+    QVERIFY(QTest::qWaitForWindowActive(&dialog));
+    QCOMPARE(dialog.focusWidget(), spin(dialog, "nominalSeg1"));
+    QTest::keyClicks(spin(dialog, "nominalSeg1"), QStringLiteral("17"));
+    QCOMPARE(spin(dialog, "nominalSeg1")->value(), 17);
+}
+
 void TestCanConfigDialog::escapeChangesNothing()
 {
     TzVciCanConfigDialog dialog(m_store.get(), 2, 0);

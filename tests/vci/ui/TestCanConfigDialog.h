@@ -27,6 +27,8 @@ private Q_SLOTS:
     void invalidTimingNamesBothPhases();
     void applyWithoutAChannelShowsAnError();
     void resetChangesTheRecordOnlyOnApply();
+    void enterOnResetResets();
+    void firstValueIsSelected();
     void escapeChangesNothing();
 
 private:

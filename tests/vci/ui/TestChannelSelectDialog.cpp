@@ -2,6 +2,7 @@
 #include "tests/vci/ui/TestChannelSelectDialog.h"
 
 #include "common/ui/WorkbenchStyle.h"
+#include "tests/vci/ui/IconCompare.h"
 #include "vci/TzVciTypes.h"
 #include "vci/ui/TzVciChannelSelectDialog.h"
 
@@ -75,7 +76,7 @@ void TestChannelSelectDialog::titlesNameTheForm()
 {
     const TzVciChannelSelectDialog filter(m_store.get(), TzVciViewKind::can, false, nullptr);
     QCOMPARE(filter.windowTitle(), QStringLiteral("Select Device/Channel Filter"));
-    QVERIFY(!filter.windowIcon().isNull());
+    QVERIFY(showsIcon(filter.windowIcon(), ":/resource/select.png"));
     const TzVciChannelSelectDialog can(m_store.get(), TzVciViewKind::dbc, true, nullptr);
     QCOMPARE(can.windowTitle(), QStringLiteral("Select an Opened CAN Channel"));
     const TzVciChannelSelectDialog lin(m_store.get(), TzVciViewKind::ldf, true, nullptr);
@@ -168,14 +169,50 @@ void TestChannelSelectDialog::emptyChoiceInTheFilterFormGivesAnEmptyMap()
     QCOMPARE(applied(dialog), std::optional<Filter>(Filter{}));
 }
 
-void TestChannelSelectDialog::filterFormWithoutDevicesSaysSo()
+void TestChannelSelectDialog::filterFormWithoutDevicesSaysSoAndGivesAnEmptyMap()
 {
     TzVciDeviceStore empty;
-    const TzVciChannelSelectDialog dialog(&empty, TzVciViewKind::can, false, nullptr);
+    TzVciChannelSelectDialog dialog(&empty, TzVciViewKind::can, false, nullptr);
+    dialog.show();
     QCOMPARE(dialog.findChild<QLabel *>(QStringLiteral("labelEmpty"))->text(),
              QStringLiteral("<b>No devices found.</b>"));
     QVERIFY(tree(dialog)->isHidden());
-    QVERIFY(!button(dialog, "buttonApply")->isEnabled());
+    QCOMPARE(applied(dialog), std::optional<Filter>(Filter{}));
+    QCOMPARE(dialog.result(), int(QDialog::Accepted));
+}
+
+void TestChannelSelectDialog::enterOnSelectNoneOnlySelectsNone()
+{
+    TzVciChannelSelectDialog dialog(m_store.get(), TzVciViewKind::can, false, nullptr);
+    dialog.show();
+    QVERIFY(QTest::qWaitForWindowActive(&dialog));
+    for (const bool all : {true, false}) {
+        QPushButton *chosen = button(dialog, all ? "buttonSelectAll" : "buttonSelectNone");
+        chosen->setFocus(Qt::TabFocusReason);
+        QTest::keyClick(chosen, Qt::Key_Return);
+        QVERIFY(dialog.isVisible());
+        QCOMPARE(channel(dialog, "Device 3 CAN1")->isChecked(), all);
+    }
+}
+
+void TestChannelSelectDialog::tabGoesFromTheTreeOverTheChannelsToTheButtons()
+{
+    TzVciChannelSelectDialog dialog(m_store.get(), TzVciViewKind::can, false, nullptr);
+    tree(dialog)->expandAll();
+    dialog.show();
+    QVERIFY(QTest::qWaitForWindowActive(&dialog));
+    QCOMPARE(dialog.focusWidget(), static_cast<QWidget *>(tree(dialog)));
+    QWidget *const expected[] = {channel(dialog, "Device 0 CAN1"),
+                                 channel(dialog, "Device 0 CAN2"),
+                                 channel(dialog, "Device 3 CAN1"),
+                                 button(dialog, "buttonSelectAll"),
+                                 button(dialog, "buttonSelectNone"),
+                                 button(dialog, "buttonApply"),
+                                 tree(dialog)};
+    for (QWidget *next : expected) {
+        QTest::keyClick(dialog.focusWidget(), Qt::Key_Tab);
+        QCOMPARE(dialog.focusWidget(), next);
+    }
 }
 
 void TestChannelSelectDialog::singleFormLeavesOutADeviceWithNoOpenChannel()

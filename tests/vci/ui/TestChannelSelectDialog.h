@@ -22,7 +22,9 @@ private Q_SLOTS:
     void selectAllAndSelectNone();
     void filterFormReportsTheChoice();
     void emptyChoiceInTheFilterFormGivesAnEmptyMap();
-    void filterFormWithoutDevicesSaysSo();
+    void filterFormWithoutDevicesSaysSoAndGivesAnEmptyMap();
+    void enterOnSelectNoneOnlySelectsNone();
+    void tabGoesFromTheTreeOverTheChannelsToTheButtons();
     void singleFormLeavesOutADeviceWithNoOpenChannel();
     void singleFormAppliesOnlyAfterAChoice();
     void singleFormHoldsOneChoiceAcrossDevices();

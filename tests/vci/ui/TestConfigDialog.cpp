@@ -5,6 +5,7 @@
 #include "tests/support/MessageBoxDriver.h"
 #include "tests/support/WaitFor.h"
 #include "tests/vci/ui/ConfigDialogParts.h"
+#include "tests/vci/ui/IconCompare.h"
 #include "vci/TzVciTypes.h"
 
 #include <QApplication>
@@ -13,6 +14,8 @@
 #include <QGroupBox>
 #include <QLabel>
 #include <QMessageBox>
+#include <QScreen>
+#include <QTimer>
 #include <QWheelEvent>
 #include <QtTest>
 
@@ -69,7 +72,7 @@ void TestConfigDialog::showsTitleTextsAndToolTips()
     const auto dialog = makeDialog();
     const ConfigDialogParts parts(*dialog);
     QCOMPARE(dialog->windowTitle(), QStringLiteral("Device Settings"));
-    QVERIFY(!dialog->windowIcon().pixmap(16).isNull());
+    QVERIFY(showsIcon(dialog->windowIcon(), ":/resource/vci/vci_open.png"));
     QStringList titles;
     for (const auto *group : dialog->findChildren<QGroupBox *>())
         titles << group->title();
@@ -83,6 +86,7 @@ void TestConfigDialog::showsTitleTextsAndToolTips()
     QVERIFY(std::any_of(labels.begin(), labels.end(),
                         [](const QLabel *label) { return label->text() == QStringLiteral("Local IP:"); }));
     QCOMPARE(parts.toggle->text(), QStringLiteral("Start"));
+    QVERIFY(showsIcon(parts.toggle->icon(), ":/resource/channel_start.png"));
     QVERIFY(parts.toggle->isCheckable());
 }
 
@@ -126,12 +130,15 @@ void TestConfigDialog::selectingADeviceShowsItsSettings()
     QCOMPARE(parts.can->rowCount(), 3);
     QCOMPARE(parts.lin->rowCount(), 2);
     QCOMPARE(parts.toggle->text(), QStringLiteral("Stop"));
+    QVERIFY(showsIcon(parts.toggle->icon(), ":/resource/channel_stop.png"));
     QVERIFY(parts.toggle->isChecked());
     QCOMPARE(parts.lin->channelButton(0)->text(), QStringLiteral("LIN1"));
     QCOMPARE(parts.lin->channelButton(0)->toolTip(), QStringLiteral("Open LIN1"));
     QCOMPARE(parts.lin->channelButton(1)->toolTip(), QStringLiteral("Close LIN2"));
-    QVERIFY(parts.lin->channelButton(0)->icon().pixmap(16).toImage() !=
-            parts.lin->channelButton(1)->icon().pixmap(16).toImage());
+    QVERIFY(showsIcon(parts.lin->channelButton(0)->icon(), ":/resource/open_window.png"));
+    QVERIFY(showsIcon(parts.lin->channelButton(1)->icon(), ":/resource/close_window.png"));
+    QVERIFY(showsIcon(parts.devices->item(0)->icon(), ":/resource/light_off.png"));
+    QVERIFY(showsIcon(parts.devices->item(1)->icon(), ":/resource/light_on.png"));
 }
 
 void TestConfigDialog::rowsOfferTypesAndRates()
@@ -324,8 +331,98 @@ void TestConfigDialog::closingSavesTheSettings()
 void TestConfigDialog::quittingUnderTheDialogSavesTheSettings()
 {
     QCOMPARE(m_store->addDevice(0, {1, 0}), 0);
-    makeDialog().reset();
-    QVERIFY(QFile::exists(QStringLiteral("config/vci/vci_config.json")));
+    auto dialog = makeDialog();
+    ConfigDialogParts(*dialog).localIp->setText(QStringLiteral("127.0.0.9")); // being typed
+    dialog.reset();
+    QFile file(QStringLiteral("config/vci/vci_config.json"));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QVERIFY(file.readAll().contains("\"127.0.0.9\""));
+}
+
+void TestConfigDialog::quittingUnderTheOpenErrorSavesTheSettings()
+{
+    QCOMPARE(m_store->addDevice(0, {1, 0}), 0);
+    bool boxShown = false;
+    QTimer quitter; // tells the program to end as soon as the box shows
+    connect(&quitter, &QTimer::timeout, this, [&boxShown] {
+        const QWidget *box = QApplication::activeModalWidget();
+        if (!box || box->windowTitle() != QStringLiteral("Open Device Error"))
+            return;
+        boxShown = true;
+        QCoreApplication::quit();
+    });
+    quitter.start(5);
+    QTimer::singleShot(0, this, [this] {
+        TzVciConfigDialog dialog(m_manager.get(), m_store.get(), m_scanner.get());
+        const ConfigDialogParts parts(dialog);
+        parts.localIp->setText(QStringLiteral("127.0.0.9"));
+        QTimer::singleShot(0, &dialog, [&parts] { parts.toggle->click(); });
+        dialog.exec();
+    });
+    QCoreApplication::exec();
+    QVERIFY(boxShown);
+    QVERIFY(!QApplication::activeModalWidget());
+    QFile file(QStringLiteral("config/vci/vci_config.json"));
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QVERIFY(file.readAll().contains("\"127.0.0.9\""));
+}
+
+void TestConfigDialog::slotsWithoutAClickDoNothing()
+{
+    QCOMPARE(m_store->addDevice(0, {1, 1}), 0);
+    tztest::MessageBoxDriver driver;
+    const auto dialog = makeDialog();
+    dialog->onCanChannelClicked();
+    dialog->onLinChannelClicked();
+    dialog->onAdvancedButtonClicked();
+    QVERIFY(driver.seen().empty());
+    QCOMPARE(driver.unexpected(), 0);
+}
+
+void TestConfigDialog::enterClicksTheFocusedButton()
+{
+    QCOMPARE(m_store->addDevice(4, {2, 0}), 0);
+    tztest::MessageBoxDriver driver;
+    QString title;
+    driver.expectDialog([&title](QDialog *shown) {
+        title = shown->windowTitle();
+        shown->reject();
+    });
+    driver.expectBox(QMessageBox::Ok); // no box answers
+    const auto dialog = makeDialog();
+    const ConfigDialogParts parts(*dialog);
+    QVERIFY(QTest::qWaitForWindowActive(dialog.get()));
+    parts.can->configureButton(1)->setFocus();
+    QTest::keyClick(parts.can->configureButton(1), Qt::Key_Enter, Qt::KeypadModifier);
+    QCOMPARE(title, QStringLiteral("CAN FD Advanced Configuration - Device 4 CAN2"));
+    parts.toggle->setFocus();
+    QTest::keyClick(parts.toggle, Qt::Key_Return);
+    QVERIFY(driver.allMet());
+    QCOMPARE(driver.seen().front().title, QStringLiteral("Open Device Error"));
+    QVERIFY(dialog->isVisible());
+}
+
+void TestConfigDialog::tabScrollsToTheControl()
+{
+    QCOMPARE(m_store->addDevice(0, {8, 0}), 0);
+    const auto dialog = makeDialog();
+    const ConfigDialogParts parts(*dialog);
+    dialog->resize(dialog->width(), 420); // too low for all rows
+    QVERIFY(QTest::qWaitForWindowActive(dialog.get()));
+    QPushButton *last = parts.can->channelButton(7);
+    const auto isShown = [&] { return parts.can->viewport()->rect().contains(last->parentWidget()->geometry()); };
+    QVERIFY(!isShown());
+    parts.can->configureButton(6)->setFocus(Qt::OtherFocusReason);
+    QTest::keyClick(parts.can->configureButton(6), Qt::Key_Tab);
+    QCOMPARE(dialog->focusWidget(), static_cast<QWidget *>(last));
+    QVERIFY(isShown());
+}
+
+void TestConfigDialog::fitsTheScreen()
+{
+    const auto dialog = makeDialog();
+    const QSize available = dialog->screen()->availableGeometry().size();
+    QCOMPARE(dialog->size(), QSize(856, 720).boundedTo(available).expandedTo(dialog->minimumSizeHint()));
 }
 
 void TestConfigDialog::openingLoadsTheSettings()

@@ -37,6 +37,11 @@ private Q_SLOTS:
     void showsADeviceThatIsAddedWhileItIsOpen();
     void closingSavesTheSettings();
     void quittingUnderTheDialogSavesTheSettings();
+    void quittingUnderTheOpenErrorSavesTheSettings();
+    void slotsWithoutAClickDoNothing();
+    void enterClicksTheFocusedButton();
+    void tabScrollsToTheControl();
+    void fitsTheScreen();
     void openingLoadsTheSettings();
     void statesFollowTheStore();
 

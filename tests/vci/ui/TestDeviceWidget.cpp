@@ -4,6 +4,7 @@
 #include "common/ui/WorkbenchStyle.h"
 #include "tests/support/MessageBoxDriver.h"
 #include "tests/support/WaitFor.h"
+#include "tests/vci/ui/IconCompare.h"
 #include "tools/simulator/Simulator.h"
 #include "vci/TzVciTypes.h"
 #include "vci/ui/TzVciDeviceToolTip.h"
@@ -44,6 +45,22 @@ QSpinBox *spin(const QWidget *dialog, const char *name)
     return dialog->findChild<QSpinBox *>(QString::fromLatin1(name));
 }
 
+/// Counts the message boxes that are shown, however shortly.
+class BoxCounter : public QObject
+{
+public:
+    BoxCounter() { qApp->installEventFilter(this); }
+    int count() const { return m_count; }
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        m_count += event->type() == QEvent::Show && qobject_cast<QMessageBox *>(watched) ? 1 : 0;
+        return false;
+    }
+
+private:
+    int m_count = 0;
+};
+
 } // namespace
 
 void TestDeviceWidget::initTestCase()
@@ -69,9 +86,9 @@ void TestDeviceWidget::showsTitleButtonsAndToolTips()
     QCOMPARE(widget.title(), QStringLiteral("Device List"));
     QCOMPARE(scanButton(widget)->text(), QStringLiteral("Scan"));
     QCOMPARE(scanButton(widget)->toolTip(), QStringLiteral("Scan for devices (timeout 2 seconds)"));
-    QVERIFY(!scanButton(widget)->icon().pixmap(16).isNull());
+    QVERIFY(showsIcon(scanButton(widget)->icon(), ":/resource/search.png"));
     QCOMPARE(addButton(widget)->toolTip(), QStringLiteral("Add device manually"));
-    QVERIFY(!addButton(widget)->icon().pixmap(16).isNull());
+    QVERIFY(showsIcon(addButton(widget)->icon(), ":/resource/add.png"));
 }
 
 void TestDeviceWidget::listsDevicesWithLampAndToolTip()
@@ -191,6 +208,33 @@ void TestDeviceWidget::scanWithoutResultSaysSoAndKeepsPainting()
     QVERIFY(!QApplication::overrideCursor());
 }
 
+void TestDeviceWidget::scanGivesTheFocusBack()
+{
+    tztest::MessageBoxDriver driver;
+    driver.expectBox(QMessageBox::Ok);
+    TzVciDeviceWidget widget(m_store.get(), m_scanner.get());
+    widget.show();
+    QVERIFY(QTest::qWaitForWindowActive(&widget));
+    scanButton(widget)->setFocus();
+    QTimer::singleShot(100, m_scanner.get(), [this] { m_scanner->cancel(); });
+    QTest::keyClick(scanButton(widget), Qt::Key_Space);
+    QVERIFY(driver.allMet());
+    QCOMPARE(widget.focusWidget(), static_cast<QWidget *>(scanButton(widget)));
+}
+
+void TestDeviceWidget::tabGoesFromScanOverAddToTheList()
+{
+    TzVciDeviceWidget widget(m_store.get(), m_scanner.get());
+    widget.show();
+    QVERIFY(QTest::qWaitForWindowActive(&widget));
+    QCOMPARE(widget.focusWidget(), static_cast<QWidget *>(list(widget))); // at first
+    QWidget *const expected[] = {scanButton(widget), addButton(widget), list(widget)};
+    for (QWidget *next : expected) {
+        QTest::keyClick(widget.focusWidget(), Qt::Key_Tab);
+        QCOMPARE(widget.focusWidget(), next);
+    }
+}
+
 void TestDeviceWidget::scanOutlivesTheWidget()
 {
     tztest::MessageBoxDriver driver;
@@ -209,29 +253,26 @@ void TestDeviceWidget::scanOutlivesTheWidget()
 
 void TestDeviceWidget::scanEndsWhenTheProgramQuits()
 {
-    tztest::MessageBoxDriver driver;
     TzVciDeviceWidget widget(m_store.get(), m_scanner.get());
     widget.show();
     QElapsedTimer elapsed;
     // The program's own event loop, which a quit ends together with the loop of the scan.
     QTimer::singleShot(0, &widget, [&] {
         elapsed.start();
-        QTimer::singleShot(100, &widget, [&] {
-            widget.hide();
-            QCoreApplication::quit();
-        });
+        QTimer::singleShot(100, &widget, [] { QCoreApplication::quit(); });
         widget.onScanDeviceClicked();
     });
+    const BoxCounter boxes;
     QCoreApplication::exec();
     QVERIFY(elapsed.elapsed() < tzVciScanTimeoutMs);
     QVERIFY(!m_scanner->isScanning());
-    QVERIFY(driver.seen().empty());
+    QCOMPARE(boxes.count(), 0);
 }
 
 // The loop of the scan ends at once, mostly before the scan's thread has run.
 void TestDeviceWidget::scanEndsWhenTheProgramHasQuitBefore()
 {
-    tztest::MessageBoxDriver driver;
+    const BoxCounter boxes;
     for (int round = 0; round < 10; ++round) {
         TzVciDeviceWidget widget(m_store.get(), m_scanner.get());
         widget.show();
@@ -239,13 +280,13 @@ void TestDeviceWidget::scanEndsWhenTheProgramHasQuitBefore()
         QTimer::singleShot(0, &widget, [&] {
             elapsed.start();
             QCoreApplication::quit();
-            widget.hide();
             widget.onScanDeviceClicked();
         });
         QCoreApplication::exec();
         QVERIFY(elapsed.elapsed() < tzVciScanTimeoutMs);
         QVERIFY(!m_scanner->isScanning());
     }
+    QCOMPARE(boxes.count(), 0);
 }
 
 void TestDeviceWidget::addPresetsTheLowestFreeIndexAndEightChannels()

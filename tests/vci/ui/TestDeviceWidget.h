@@ -22,6 +22,8 @@ private Q_SLOTS:
     void reportsTheSelectedDevice();
     void scanSelectsTheFoundDevice();
     void scanWithoutResultSaysSoAndKeepsPainting();
+    void scanGivesTheFocusBack();
+    void tabGoesFromScanOverAddToTheList();
     void scanOutlivesTheWidget();
     void scanEndsWhenTheProgramQuits();
     void scanEndsWhenTheProgramHasQuitBefore();
