@@ -9,6 +9,8 @@
 #include <QIcon>
 #include <QImage>
 #include <QImageReader>
+#include <QMessageBox>
+#include <QPushButton>
 #include <QRegularExpression>
 #include <QStyle>
 #include <QtTest>
@@ -44,19 +46,23 @@ void TestResources::iconExistsInBothDensities_data()
                              "close_window",
                              "copy",
                              "copyright",
+                             "critical",
                              "filter",
+                             "info",
                              "light_off",
                              "light_on",
                              "log",
                              "logo",
                              "open_window",
                              "pause",
+                             "question",
                              "record",
                              "resume",
                              "save",
                              "search",
                              "select",
                              "time",
+                             "warning",
                              "vci/vci_analysis",
                              "vci/vci_close",
                              "vci/vci_diagnose",
@@ -110,6 +116,21 @@ void TestResources::styleSheetNamesOnlyImagesThatExist()
     while (match.hasNext()) {
         const QString path = match.next().captured(1);
         QVERIFY2(QFile::exists(path), qPrintable(path));
+    }
+}
+
+void TestResources::messageBoxesShowOurIcons()
+{
+    const std::pair<QMessageBox::Icon, const char *> icons[] = {{QMessageBox::Question, "question"},
+                                                                {QMessageBox::Information, "info"},
+                                                                {QMessageBox::Warning, "warning"},
+                                                                {QMessageBox::Critical, "critical"}};
+    for (const auto &[icon, name] : icons) {
+        const QMessageBox box(icon, QStringLiteral("title"), QStringLiteral("text"), QMessageBox::Ok);
+        const QImage shown = box.iconPixmap().toImage();
+        const QIcon expected(QStringLiteral(":/resource/%1.png").arg(QLatin1String(name)));
+        QVERIFY2(shown == expected.pixmap(shown.size()).toImage(), name);
+        QVERIFY2(box.button(QMessageBox::Ok)->icon().isNull(), "the buttons have texts alone");
     }
 }
 

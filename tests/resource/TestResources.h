@@ -14,5 +14,6 @@ private Q_SLOTS:
     void logoHasSeveralSizes();
     void highDensityIconsAreUsed();
     void styleSheetNamesOnlyImagesThatExist();
+    void messageBoxesShowOurIcons();
     void paletteIsLightOnEveryDesktop();
 };
