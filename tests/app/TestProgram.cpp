@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tests/app/TestProgram.h"
 
+#include "tests/app/AppChild.h"
 #include "tests/support/TempWorkDir.h"
 #include "tests/support/WaitFor.h"
 #include "tools/simulator/Simulator.h"
@@ -14,6 +15,11 @@
 namespace {
 
 constexpr int endLimitMs = 15000;
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr int soonMs = 3000;
+#else
+constexpr int soonMs = 1500;
+#endif
 /// With this line the settings dialog is about to show: a signal meets a modal dialog before the event loop proper.
 constexpr const char *dialogLine = "Config file not found: config/vci/vci_config.json";
 
@@ -21,17 +27,9 @@ constexpr const char *dialogLine = "Config file not found: config/vci/vci_config
 class Program
 {
 public:
-    void start(const QStringList &prefix = {})
-    {
-        QStringList command = prefix;
-        command.append(QStringLiteral(TZBENCH_PROGRAM));
-        m_process.setProcessEnvironment(environment);
-        m_process.setWorkingDirectory(m_workDir.filePath(QString()));
-        m_process.setProgram(command.takeFirst());
-        m_process.setArguments(command);
-        m_process.start();
-        QVERIFY(m_process.waitForStarted());
-    }
+    void start(const QStringList &prefix = {}) { run(prefix + QStringList(QStringLiteral(TZBENCH_PROGRAM))); }
+    /// This test program in one of its roles, see AppChild.h.
+    void startRole(const char *role) { run({QCoreApplication::applicationFilePath(), QString::fromLatin1(role)}); }
     bool logs(const char *text)
     {
         return tztest::waitFor([&] { return log().contains(text) || m_process.state() == QProcess::NotRunning; }) &&
@@ -47,6 +45,16 @@ public:
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
 
 private:
+    void run(QStringList command)
+    {
+        m_process.setProcessEnvironment(environment);
+        m_process.setWorkingDirectory(m_workDir.filePath(QString()));
+        m_process.setProgram(command.takeFirst());
+        m_process.setArguments(command);
+        m_process.start();
+        QVERIFY(m_process.waitForStarted());
+    }
+
     tztest::TempWorkDir m_workDir;
     QProcess m_process; // last: its end comes before that of its folder
 };
@@ -87,6 +95,45 @@ void TestProgram::aSignalEndsItCleanly()
     QVERIFY(program.process().waitForFinished(endLimitMs));
     QCOMPARE(program.process().exitStatus(), QProcess::NormalExit);
     QCOMPARE(program.process().exitCode(), 0);
+}
+
+void TestProgram::aSignalDuringTheScanEndsItSoon()
+{
+    Program program;
+    program.start();
+    QVERIFY2(program.logs(dialogLine), program.log().constData()); // the scan began just before and lasts 2 s
+    QElapsedTimer timer;
+    timer.start();
+    program.process().terminate();
+    QVERIFY(program.process().waitForFinished(endLimitMs));
+    QVERIFY2(timer.elapsed() < soonMs, qPrintable(QString::number(timer.elapsed())));
+    QCOMPARE(program.process().exitStatus(), QProcess::NormalExit);
+}
+
+void TestProgram::aChannelOpenedUnderTheDialogIsClosedOnTheBoxAfterASignal()
+{
+    tzsim::Simulator simulator;
+    tzsim::Box &box = simulator.addBox({.index = 0, .canChannels = 2, .linChannels = 1});
+    QVERIFY(simulator.start());
+    Program program;
+    program.startRole(tztest::channelUnderDialogRole);
+    QVERIFY(tztest::waitFor([&] { return program.process().canReadLine(); }));
+    QCOMPARE(program.process().readLine().trimmed(), QByteArray(tztest::channelOpenLine));
+    QCOMPARE(box.openChannels(), 1);
+    program.process().terminate();
+    QVERIFY(program.process().waitForFinished(endLimitMs));
+    QCOMPARE(program.process().exitStatus(), QProcess::NormalExit);
+    QCOMPARE(program.process().exitCode(), 0);
+    QCOMPARE(box.openChannels(), 0);
+}
+
+void TestProgram::aCloseThatHangsEndsInAnAbort()
+{
+    Program program;
+    program.startRole(tztest::hangingCloseRole);
+    QVERIFY(program.process().waitForFinished(endLimitMs));
+    QCOMPARE(program.process().exitStatus(), QProcess::CrashExit);
+    QCOMPARE(program.process().exitCode(), SIGABRT); // of a crash it is the signal
 }
 
 void TestProgram::withoutAnInterfaceItStarts()

@@ -11,6 +11,9 @@ private Q_SLOTS:
     void asksForDevicesAtStart();
     void aSignalEndsItCleanly_data();
     void aSignalEndsItCleanly();
+    void aSignalDuringTheScanEndsItSoon();
+    void aChannelOpenedUnderTheDialogIsClosedOnTheBoxAfterASignal();
+    void aCloseThatHangsEndsInAnAbort();
     void withoutAnInterfaceItStarts();
     void withoutADisplayTheToolkitTellsWhy();
 };

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/TzApplication.h"
 #include "app/TzStartup.h"
+#include "tests/app/AppChild.h"
 #include "tests/app/TestClosing.h"
 #include "tests/app/TestProgram.h"
 #include "tests/app/TestTZBenchWindow.h"
@@ -14,6 +15,7 @@
 #include <QtTest>
 
 #include <cstdint>
+#include <optional>
 
 namespace {
 
@@ -29,6 +31,9 @@ template <typename... TestClasses> int runAll(int argc, char **argv)
 
 int main(int argc, char **argv)
 {
+    // A role keeps the network that its test gave it.
+    if (const std::optional<int> result = tztest::runAsChild(argc, argv))
+        return *result;
     tztest::requireLoopbackNetwork();
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");

@@ -1,0 +1,96 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "tests/app/AppChild.h"
+
+#include "app/TZBenchWindow.h"
+#include "app/TzApplication.h"
+#include "app/TzStartup.h"
+#include "vci/TzVciDeviceConfig.h"
+#include "vci/TzVciDeviceManager.h"
+#include "vci/TzVciDeviceStore.h"
+#include "vci/TzVciNetwork.h"
+#include "vci/TzVciTypes.h"
+
+#include <QTimer>
+
+#include <cstdio>
+#include <string_view>
+#include <thread>
+
+#include <sys/resource.h>
+
+namespace tztest {
+
+namespace {
+
+constexpr int openFailed = 3;
+constexpr int notLoopback = 4;
+
+class HangingWindow : public QWidget
+{
+public:
+    explicit HangingWindow(QWidget *parent)
+        : QWidget(parent, Qt::Window)
+    {
+        show();
+    }
+
+protected:
+    void closeEvent(QCloseEvent *) override { std::this_thread::sleep_for(std::chrono::hours(1)); }
+};
+
+int hangOnClosing(int argc, char **argv)
+{
+    constexpr rlimit noCore{0, 0};
+    ::setrlimit(RLIMIT_CORE, &noCore);
+    TzStartup::prepareToolkit();
+    TzApplication application(argc, argv);
+    const auto window = TzStartup::showMainWindow(application, hangingCloseLimit);
+    const HangingWindow tool(window.get());
+    QTimer::singleShot(0, &application, &QCoreApplication::quit);
+    return application.run();
+}
+
+bool openChannel()
+{
+    TzVciDeviceStore::instance().addDevice(0, TzVciDeviceConfig(2, 1));
+    TzVciDeviceManager &manager = TzVciDeviceManager::instance();
+    return manager.openDevice(0) == TzVciResult::ok &&
+           manager.openChannel(0, TzVciProtocolId::can, 0) == TzVciResult::ok;
+}
+
+int openChannelUnderDialog(int argc, char **argv)
+{
+    TzStartup::installCrashHandling();
+    TzStartup::prepareToolkit();
+    TzApplication application(argc, argv);
+    std::unique_ptr<TZBenchWindow> window;
+    bool opened = false;
+    const int result = TzStartup::runGuarded([&] {
+        window = TzStartup::showMainWindow(application);
+        QTimer::singleShot(0, &application, [&] { // the dialog's loop is the first that runs
+            opened = openChannel();
+            std::puts(opened ? channelOpenLine : "failed");
+            std::fflush(stdout);
+        });
+        window->openFirstWindows();
+        return application.run();
+    });
+    TzStartup::finish();
+    return opened ? result : openFailed;
+}
+
+} // namespace
+
+std::optional<int> runAsChild(int argc, char **argv)
+{
+    const std::string_view role = argc > 1 ? argv[1] : "";
+    if (role != hangingCloseRole && role != channelUnderDialogRole)
+        return std::nullopt;
+    if (!TzVciNetwork::current().isLoopback())
+        return notLoopback; // nothing is ever sent to a real interface
+    if (role == hangingCloseRole)
+        return hangOnClosing(argc, argv);
+    return openChannelUnderDialog(argc, argv);
+}
+
+} // namespace tztest

@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <chrono>
+#include <optional>
+
+/// What this test program does instead of testing when it is started with the name of a role: it plays tzbench in a
+/// situation that a test cannot bring about from outside, or would not survive.
+namespace tztest {
+
+/// Closing hangs, with a limit of hangingCloseLimit for the end; quits at once.
+inline constexpr const char *hangingCloseRole = "--hanging-close";
+/// Opens a CAN channel of box 0 under the settings dialog and then prints channelOpenLine.
+inline constexpr const char *channelUnderDialogRole = "--channel-under-dialog";
+
+inline constexpr std::chrono::milliseconds hangingCloseLimit{300};
+inline constexpr const char *channelOpenLine = "channel open";
+
+/// The exit code of the role, nothing if the arguments name none.
+std::optional<int> runAsChild(int argc, char **argv);
+
+} // namespace tztest
