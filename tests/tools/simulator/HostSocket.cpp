@@ -171,7 +171,8 @@ Bytes canTransmit(std::uint8_t channel, std::uint32_t id, std::uint8_t flags, co
     append(payload, data.size(), 1);
     append(payload, flags, 1);
     payload.resize(16); // reserved byte, type and time are the box's to fill
-    payload.insert(payload.end(), data.begin(), data.end());
+    for (const std::uint8_t byte : data)
+        payload.push_back(byte);
     return hostFrame(1, 0x30, channel, 0, payload);
 }
 
@@ -180,7 +181,8 @@ Bytes linTransmit(std::uint8_t channel, std::uint8_t id, std::uint8_t action, co
 {
     Bytes payload = {id, static_cast<std::uint8_t>(data.size()), checksumType, action};
     payload.resize(16);
-    payload.insert(payload.end(), data.begin(), data.end());
+    for (const std::uint8_t byte : data)
+        payload.push_back(byte);
     payload.resize(24);
     return hostFrame(5, 0x30, channel, 0, payload);
 }
