@@ -17,8 +17,8 @@ private Q_SLOTS:
     void tickTellsVisibleRowsWithoutScrolling();
     void viewAtItsEndFollowsNewRows_data() { twins(); }
     void viewAtItsEndFollowsNewRows();
-    void resizingJudgesTheEndAnew_data() { twins(); }
-    void resizingJudgesTheEndAnew();
+    void resizingKeepsFollowing_data() { twins(); }
+    void resizingKeepsFollowing();
     void timersTickAt20And500Milliseconds_data() { twins(); }
     void timersTickAt20And500Milliseconds();
     void closingEndsTheRecordingThenTheTimers_data() { twins(); }

@@ -96,7 +96,7 @@ void TzVciBaseViewWindow::setPaused(bool paused)
 void TzVciBaseViewWindow::watchVisibleRows(QAbstractItemView *view)
 {
     m_view = view;
-    connect(view->verticalScrollBar(), &QScrollBar::valueChanged, this, &TzVciBaseViewWindow::onScrolledOrResized);
+    connect(view->verticalScrollBar(), &QScrollBar::valueChanged, this, &TzVciBaseViewWindow::onScrolled);
 }
 
 void TzVciBaseViewWindow::updateVisibleRows()
@@ -105,7 +105,7 @@ void TzVciBaseViewWindow::updateVisibleRows()
     Q_EMIT sigUpdateVisibleRow(visible.first, visible.last);
 }
 
-void TzVciBaseViewWindow::onScrolledOrResized()
+void TzVciBaseViewWindow::onScrolled()
 {
     const TzVisibleRows visible = visibleRowsOf(*m_view, rowHeight);
     m_atBottom = visible.atBottom;
@@ -122,6 +122,9 @@ void TzVciBaseViewWindow::closeEvent(QCloseEvent *event)
 void TzVciBaseViewWindow::resizeEvent(QResizeEvent *event)
 {
     QWidget::resizeEvent(event);
-    if (m_view)
-        onScrolledOrResized();
+    if (!m_view)
+        return;
+    const TzVisibleRows visible = visibleRowsOf(*m_view, rowHeight);
+    m_atBottom = m_atBottom || visible.atBottom; // a smaller page moves the end away, not the user
+    Q_EMIT sigUpdateVisibleRow(visible.first, visible.last);
 }

@@ -74,14 +74,15 @@ protected:
     void watchVisibleRows(QAbstractItemView *view);
     /// Tells the visible rows anew, for rows that came without a movement of the scroll bar.
     void updateVisibleRows();
-    /// Whether the view stood at its end when it was last scrolled or resized, so that it should follow new rows.
+    /// Whether the view stood at its end at the bar's last movement, so that it should follow new rows. A window made
+    /// smaller, as when another view opens beside it, keeps following.
     bool isAtBottom() const { return m_atBottom; }
 
     void closeEvent(QCloseEvent *event) override;
     void resizeEvent(QResizeEvent *event) override;
 
 private:
-    void onScrolledOrResized();
+    void onScrolled();
 
     TzVciDeviceManager *const m_deviceManager;
     const std::uint8_t m_viewKind;
