@@ -163,7 +163,10 @@ void DemoDriver::addClosingSteps()
         });
     m_script.add(
         tr("answer Yes"), [] { return openDialog<QMessageBox>() != nullptr; },
-        [] { openDialog<QMessageBox>()->button(QMessageBox::Yes)->click(); });
+        [this] {
+            savePicture(openDialog<QMessageBox>(), QStringLiteral("close-question"));
+            openDialog<QMessageBox>()->button(QMessageBox::Yes)->click();
+        });
 }
 
 void DemoDriver::clickChannel(const QString &name)
