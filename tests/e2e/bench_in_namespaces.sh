@@ -8,7 +8,9 @@ set -u -o pipefail
 bin=$(readlink -f "$1")
 here=$(dirname "$(readlink -f "$0")")
 out=${2:-$(mktemp -d)}
-mkdir -p "$out/work" && out=$(readlink -f "$out")
+mkdir -p "$out" && out=$(readlink -f "$out")
+rm -rf "$out/work" "$out/display" "$out/stats.json" "$out/stderr.txt" "$out"/*.png # of an earlier run
+mkdir -p "$out/work"
 host_ns=tze2e-host-$$
 box_ns=tze2e-box-$$
 pids=()
