@@ -53,6 +53,10 @@ if ! ip netns add "$host_ns" 2>/dev/null || ! ip netns add "$box_ns" 2>/dev/null
     echo "SKIPPED: network namespaces are not permitted here"
     exit 77
 fi
+if ! ip netns exec "$host_ns" true 2>/dev/null; then
+    echo "SKIPPED: programs cannot be started in network namespaces here"
+    exit 77
+fi
 ip link add tzh$$ netns "$host_ns" type veth peer name tzb$$ netns "$box_ns" || { echo "SKIPPED: veth pairs are not permitted here"; exit 77; }
 ip -n "$host_ns" addr add 192.168.201.199/24 dev tzh$$
 for octet in 130 131; do ip -n "$box_ns" addr add 192.168.201.$octet/24 dev tzb$$; done
