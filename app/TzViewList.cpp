@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <mutex>
+#include <shared_mutex>
 
 void TzViewList::append(TzVciBaseViewWindow *view)
 {

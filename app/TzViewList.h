@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "app/TzYieldingSharedMutex.h"
 #include "vci/TzVciMessage.h"
 
 #include <QString>
 
 #include <cstdint>
-#include <shared_mutex>
 #include <vector>
 
 class QObject;
@@ -37,6 +37,6 @@ public:
     static QString title(int number, std::uint8_t kind);
 
 private:
-    mutable std::shared_mutex m_mutex; // protects m_views
+    mutable TzYieldingSharedMutex m_mutex; // protects m_views
     std::vector<TzVciBaseViewWindow *> m_views;
 };

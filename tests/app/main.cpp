@@ -9,6 +9,7 @@
 #include "tests/app/TestTzFrameDrain.h"
 #include "tests/app/TestTzStartup.h"
 #include "tests/app/TestTzViewTiler.h"
+#include "tests/app/TestTzYieldingSharedMutex.h"
 #include "tests/app/TestViewManagement.h"
 #include "tests/support/LoopbackGuard.h"
 
@@ -42,6 +43,6 @@ int main(int argc, char **argv)
     TzApplication::setQuitOnLastWindowClosed(false); // windows come and go; a run() of a test ends by what it tests
     TzStartup::dressApplication(application);
     qRegisterMetaType<std::uint8_t>("std::uint8_t"); // for signal spies
-    return runAll<TestTzViewTiler, TestTzFrameDrain, TestTzApplication, TestTZBenchWindow, TestViewManagement,
-                  TestClosing, TestTzStartup, TestProgram>(argc, argv);
+    return runAll<TestTzViewTiler, TestTzYieldingSharedMutex, TestTzFrameDrain, TestTzApplication, TestTZBenchWindow,
+                  TestViewManagement, TestClosing, TestTzStartup, TestProgram>(argc, argv);
 }
