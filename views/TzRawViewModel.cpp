@@ -2,6 +2,7 @@
 #include "views/TzRawViewModel.h"
 
 #include "common/Log.h"
+#include "common/platform/RaceAnnotations.h"
 #include "vci/TzVciDeviceManager.h"
 
 #include <QBrush>
@@ -73,6 +74,7 @@ QVariant TzRawViewModel::headerData(int section, Qt::Orientation orientation, in
 // blocks leaves those uncounted in the producer, whose index of blocks then overflows.
 void TzRawViewModel::addMessages(std::span<const TzVciMessage> messages)
 {
+    Common::RaceAnnotations::acquired(&m_incoming); // the blocks that updateData() emptied are taken again
     while (!messages.empty()) {
         const auto part = messages.first(std::min(messages.size(), QueueTraits::BLOCK_SIZE));
         if (!m_incoming.enqueue_bulk(m_producer, part.data(), part.size()))
@@ -98,6 +100,7 @@ void TzRawViewModel::reportOverflow()
 void TzRawViewModel::updateData()
 {
     const std::span batch(m_batch.data(), m_incoming.try_dequeue_bulk(m_batch.begin(), m_batch.size()));
+    Common::RaceAnnotations::released(&m_incoming);
     if (batch.empty())
         return;
     m_allMessages.insert(m_allMessages.end(), batch.begin(), batch.end());
