@@ -18,17 +18,7 @@ constexpr const char *canHeaders[] = {
     QT_TRANSLATE_NOOP("TzRawViewModel", "F-Type"),   QT_TRANSLATE_NOOP("TzRawViewModel", "F-Format"),
     QT_TRANSLATE_NOOP("TzRawViewModel", "Length"),   QT_TRANSLATE_NOOP("TzRawViewModel", "Data"),
     QT_TRANSLATE_NOOP("TzRawViewModel", "Cycle(ms)")};
-enum CanColumn
-{
-    CanDirectionColumn = 6, // column 5 is the name, which only a database knows
-    CanFormatColumn,
-    CanKindColumn,
-    CanIdTypeColumn,
-    CanLengthColumn,
-    CanDataColumn,
-    CanColumnCount
-};
-static_assert(std::size(canHeaders) == CanColumnCount + 1);
+static_assert(std::size(canHeaders) == TzRawViewFamily::CanColumnCount + 1);
 
 constexpr const char *linHeaders[] = {
     QT_TRANSLATE_NOOP("TzRawViewModel", "No."),        QT_TRANSLATE_NOOP("TzRawViewModel", "Time"),
@@ -37,16 +27,7 @@ constexpr const char *linHeaders[] = {
     QT_TRANSLATE_NOOP("TzRawViewModel", "Check Type"), QT_TRANSLATE_NOOP("TzRawViewModel", "Frame Type"),
     QT_TRANSLATE_NOOP("TzRawViewModel", "Length"),     QT_TRANSLATE_NOOP("TzRawViewModel", "Data"),
     QT_TRANSLATE_NOOP("TzRawViewModel", "Cycle(ms)")};
-enum LinColumn
-{
-    LinDirectionColumn = 5,
-    LinChecksumColumn,
-    LinFrameTypeColumn,
-    LinLengthColumn,
-    LinDataColumn,
-    LinColumnCount
-};
-static_assert(std::size(linHeaders) == LinColumnCount + 1);
+static_assert(std::size(linHeaders) == TzRawViewFamily::LinColumnCount + 1);
 
 std::uint64_t foldKey(const TzVciMessage &message, std::uint8_t direction, std::uint32_t id) noexcept
 {
@@ -70,12 +51,12 @@ QVariant canCell(const TzVciMessage &message, int column)
     case TzRawViewFamily::DeviceColumn: return int{message.deviceIndex};
     case TzRawViewFamily::ChannelColumn: return QStringLiteral("CAN%1").arg(message.channelIndex + 1);
     case TzRawViewFamily::IdColumn: return QString::number(frame.canId, 16);
-    case CanDirectionColumn: return canDirectionText(frame.frameType);
-    case CanFormatColumn: return canFrameFormatText(frame.flags);
-    case CanKindColumn: return canFrameKindText(frame.flags);
-    case CanIdTypeColumn: return canIdTypeText(frame.flags);
-    case CanLengthColumn: return int{frame.dataLength};
-    case CanDataColumn:
+    case TzRawViewFamily::CanDirectionColumn: return canDirectionText(frame.frameType);
+    case TzRawViewFamily::CanFormatColumn: return canFrameFormatText(frame.flags);
+    case TzRawViewFamily::CanKindColumn: return canFrameKindText(frame.flags);
+    case TzRawViewFamily::CanIdTypeColumn: return canIdTypeText(frame.flags);
+    case TzRawViewFamily::CanLengthColumn: return int{frame.dataLength};
+    case TzRawViewFamily::CanDataColumn:
         if (frame.frameType == TzVciCanFrameType::error)
             return canErrorText(frame.data.data(), frame.dataLength);
         return payloadText({frame.data.data(), frame.payloadLength()});
@@ -90,11 +71,11 @@ QVariant linCell(const TzVciMessage &message, int column)
     case TzRawViewFamily::DeviceColumn: return int{message.deviceIndex};
     case TzRawViewFamily::ChannelColumn: return QStringLiteral("LIN%1").arg(message.channelIndex + 1);
     case TzRawViewFamily::IdColumn: return QStringLiteral("0x%1").arg(frame.linId, 2, 16, QLatin1Char('0'));
-    case LinDirectionColumn: return linDirectionText(frame.linDirection);
-    case LinChecksumColumn: return linChecksumTypeText(frame.checksumType);
-    case LinFrameTypeColumn: return linFrameTypeText(frame.linDirection);
-    case LinLengthColumn: return int{frame.dataLength};
-    case LinDataColumn: return payloadText({frame.data.data(), frame.payloadLength()});
+    case TzRawViewFamily::LinDirectionColumn: return linDirectionText(frame.linDirection);
+    case TzRawViewFamily::LinChecksumColumn: return linChecksumTypeText(frame.checksumType);
+    case TzRawViewFamily::LinFrameTypeColumn: return linFrameTypeText(frame.linDirection);
+    case TzRawViewFamily::LinLengthColumn: return int{frame.dataLength};
+    case TzRawViewFamily::LinDataColumn: return payloadText({frame.data.data(), frame.payloadLength()});
     }
     return {};
 }
@@ -122,6 +103,8 @@ std::optional<Qt::GlobalColor> linRowColor(const TzVciMessage &message) noexcept
 const TzRawViewFamily TzRawViewFamily::can{
     .viewKind = TzVciViewKind::can,
     .columnCount = CanColumnCount,
+    .dataColumn = CanDataColumn,
+    .savesAsc = true,
     .headers = canHeaders,
     .overflowText = "CAN view buffer is full",
     .foldKey =
@@ -137,6 +120,8 @@ const TzRawViewFamily TzRawViewFamily::can{
 const TzRawViewFamily TzRawViewFamily::lin{
     .viewKind = TzVciViewKind::lin,
     .columnCount = LinColumnCount,
+    .dataColumn = LinDataColumn,
+    .savesAsc = false,
     .headers = linHeaders,
     .overflowText = "LIN view buffer is full",
     .foldKey =

@@ -24,9 +24,30 @@ struct TzRawViewFamily
         ChannelColumn,
         IdColumn
     };
+    enum CanColumn
+    {
+        CanDirectionColumn = 6, // column 5 is the name, which only a database knows
+        CanFormatColumn,
+        CanKindColumn,
+        CanIdTypeColumn,
+        CanLengthColumn,
+        CanDataColumn,
+        CanColumnCount
+    };
+    enum LinColumn
+    {
+        LinDirectionColumn = 5,
+        LinChecksumColumn,
+        LinFrameTypeColumn,
+        LinLengthColumn,
+        LinDataColumn,
+        LinColumnCount
+    };
 
     std::uint8_t viewKind = 0; ///< TzVciViewKind
     int columnCount = 0;
+    int dataColumn = 0;
+    bool savesAsc = false; ///< whether a snapshot may be an ASC log, which takes the columns of the CAN table
     std::span<const char *const> headers; ///< to be translated in the context "TzRawViewModel"; one more than columns
     const char *overflowText = nullptr;   ///< log line when frames are dropped
 
