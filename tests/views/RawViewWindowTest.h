@@ -15,8 +15,8 @@ private Q_SLOTS:
     void toolRowHasItsTexts();
     void tableIsSetUp_data() { twins(); }
     void tableIsSetUp();
-    void recordingAndSavingAreNotOfferedYet_data() { twins(); }
-    void recordingAndSavingAreNotOfferedYet();
+    void recordingIsNotOfferedYet_data() { twins(); }
+    void recordingIsNotOfferedYet();
     void framesAppearAndAreCounted_data() { twins(); }
     void framesAppearAndAreCounted();
     void displayFilterTouchesNoCounter_data() { twins(); }

@@ -5,13 +5,17 @@
 
 #include "vci/ui/TzVciChannelSelectDialog.h"
 #include "views/TzRawViewModel.h"
+#include "views/ui/CommonCopyManager.h"
+#include "views/ui/CommonFileManager.h"
 #include "views/ui/TzVciViewFilterWidget.h"
 
 #include <QHeaderView>
 #include <QMenu>
 #include <QMessageBox>
+#include <QPersistentModelIndex>
 #include <QPointer>
 #include <QScrollBar>
+#include <QShortcut>
 
 namespace {
 
@@ -48,6 +52,7 @@ TzRawViewWindow::TzRawViewWindow(TzVciDeviceManager *deviceManager, TzVciDeviceS
     m_ui->setupUi(this);
     setUpTable(columnWidths);
     setUpFilter();
+    setUpCopying();
     reservePauseButtonWidth();
     m_ui->lableStatus->setText(intake().statusText());
 
@@ -100,6 +105,18 @@ void TzRawViewWindow::setUpFilter()
     connect(m_filterWidget, &TzVciViewFilterWidget::filterUpdated, m_model, &TzRawViewModel::onFilter);
 }
 
+// The key is the table's: without it the table would copy the one cell that is current.
+void TzRawViewWindow::setUpCopying()
+{
+    auto *key = new QShortcut(QKeySequence::Copy, m_ui->tableView, nullptr, nullptr, Qt::WidgetShortcut);
+    connect(key, &QShortcut::activated, this, &TzRawViewWindow::copySelected);
+}
+
+void TzRawViewWindow::copySelected()
+{
+    CommonCopyManager::copySelected(m_ui->tableView);
+}
+
 // The tool row must not jump when the button's text changes.
 void TzRawViewWindow::reservePauseButtonWidth()
 {
@@ -139,25 +156,41 @@ void TzRawViewWindow::onShowContextMenu(QPoint pos)
 {
     auto *menu = new QMenu(this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
-    fillContextMenu(menu);
+    fillContextMenu(menu, m_ui->tableView->indexAt(pos));
     menu->popup(m_ui->tableView->viewport()->mapToGlobal(pos));
 }
 
-void TzRawViewWindow::fillContextMenu(QMenu *menu)
+// While the menu shows the table may be emptied, and the clicked row be gone.
+void TzRawViewWindow::addCopyEntries(QMenu *menu, const QModelIndex &clicked)
+{
+    const QPersistentModelIndex row(clicked);
+    QTableView *table = m_ui->tableView;
+    const auto copyData = [table, row, column = m_model->family().dataColumn] {
+        CommonCopyManager::copyData(table, row, column);
+    };
+    menu->addAction(resourceIcon("copy"), tr("Copy Data"), this, copyData)->setEnabled(row.isValid());
+    const auto copyRow = [table, row] { CommonCopyManager::copyRow(table, row); };
+    menu->addAction(resourceIcon("copy"), tr("Copy Row"), this, copyRow)->setEnabled(row.isValid());
+    QAction *selected =
+        menu->addAction(resourceIcon("copy"), tr("Copy Selected"), this, &TzRawViewWindow::copySelected);
+    selected->setEnabled(table->selectionModel()->hasSelection());
+    selected->setShortcut(QKeySequence::Copy);
+    selected->setShortcutContext(Qt::WidgetShortcut); // told here, but it is the table that hears the key
+}
+
+void TzRawViewWindow::fillContextMenu(QMenu *menu, const QModelIndex &clicked)
 {
     const auto add = [this, menu](const QString &text, const QIcon &icon, QToolButton *button, auto slot) {
         QAction *action = menu->addAction(icon, text, this, slot);
         action->setEnabled(button->isEnabled());
     };
-    // Copies and snapshots of what is shown are not offered yet.
-    for (const QString &text : {tr("Copy Data"), tr("Copy Row"), tr("Copy Selected")})
-        menu->addAction(resourceIcon("copy"), text)->setEnabled(false);
+    addCopyEntries(menu, clicked);
     menu->addSeparator();
     add(tr("Filter"), resourceIcon("filter"), m_ui->buttonFilter, &TzRawViewWindow::on_buttonFilter_clicked);
     add(tr("Clear"), resourceIcon("clear"), m_ui->buttonClear, &TzRawViewWindow::on_buttonClear_clicked);
     add(isPaused() ? tr("Resume") : tr("Pause "), pauseIcon(isPaused()), m_ui->buttonPause,
         &TzRawViewWindow::on_buttonPause_clicked);
-    menu->addAction(resourceIcon("save"), tr("Save"))->setEnabled(m_ui->buttonSave->isEnabled());
+    add(tr("Save"), resourceIcon("save"), m_ui->buttonSave, &TzRawViewWindow::on_buttonSave_clicked);
     add(tr("Devices&&Channels Filter"), resourceIcon("select"), m_ui->buttonDevices,
         &TzRawViewWindow::on_buttonDevices_clicked);
 }
@@ -195,6 +228,22 @@ void TzRawViewWindow::askForDevices()
     delete dialog;
     if (self)
         setPaused(false);
+}
+
+void TzRawViewWindow::on_buttonSave_clicked()
+{
+    askLater(&TzRawViewWindow::askForSave);
+}
+
+// The table holds still, so that the file gets what it showed at the click.
+void TzRawViewWindow::askForSave()
+{
+    const bool wasPaused = isPaused();
+    setPaused(true);
+    const QPointer<TzRawViewWindow> self(this);
+    CommonFileManager::saveTable(m_ui->tableView, this, m_model->family().savesAsc);
+    if (self)
+        setPaused(wasPaused);
 }
 
 void TzRawViewWindow::on_checkBoxFold_stateChanged(int state)

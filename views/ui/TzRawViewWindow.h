@@ -49,6 +49,7 @@ private Q_SLOTS:
     void on_buttonDevices_clicked();
     void on_checkBoxFold_stateChanged(int state);
     void on_buttonPause_clicked();
+    void on_buttonSave_clicked();
     void on_buttonClear_clicked();
     void on_buttonFilter_clicked();
 
@@ -58,10 +59,14 @@ private:
     void reservePauseButtonWidth();
     void widenTimeColumn();
     void showPaused(bool paused);
-    void fillContextMenu(QMenu *menu);
+    void setUpCopying();
+    void fillContextMenu(QMenu *menu, const QModelIndex &clicked);
+    void addCopyEntries(QMenu *menu, const QModelIndex &clicked);
+    void copySelected();
     void askLater(void (TzRawViewWindow::*ask)());
     void askForDevices();
     void askForClear();
+    void askForSave();
 
     TzVciDeviceStore *const m_deviceStore;
     const std::unique_ptr<Ui::TzRawViewWindow> m_ui;
