@@ -46,7 +46,9 @@ DemoDriver::DemoDriver(TZBenchWindow *window, TzVciDeviceStore *store, const QDi
 {
     addSettingsSteps();
     addViewSteps();
+    addViewPictureSteps();
     addDialogSteps();
+    addAddDeviceSteps();
     addClosingSteps();
     connect(&m_script, &DemoScript::failed, this, [this](const QString &step) {
         std::fprintf(stderr, "demo: \"%s\" did not come about\n", qPrintable(step));
@@ -225,8 +227,12 @@ bool DemoDriver::everyViewCounted(qulonglong frames) const
 {
     const auto all = views();
     return !all.empty() && std::all_of(all.begin(), all.end(), [frames](const TzVciBaseViewWindow *view) {
-        const QString text =
-            view->findChild<QLabel *>(QStringLiteral("lableStatus"))->text(); // "Tl:000000000123 Rx:..."
-        return text.section(QLatin1Char(' '), 0, 0).mid(3).toULongLong() >= frames;
+        return framesCounted(view) >= frames;
     });
+}
+
+qulonglong DemoDriver::framesCounted(const TzVciBaseViewWindow *view)
+{
+    const QString text = view->findChild<QLabel *>(QStringLiteral("lableStatus"))->text(); // "Tl:000000000123 Rx:..."
+    return text.section(QLatin1Char(' '), 0, 0).mid(3).toULongLong();
 }

@@ -6,6 +6,9 @@
 #include <QDir>
 #include <QObject>
 
+#include <functional>
+#include <vector>
+
 class QDialog;
 class TZBenchWindow;
 class TzVciBaseViewWindow;
@@ -25,10 +28,18 @@ public:
     bool succeeded() const { return m_succeeded; }
 
 private:
+    static constexpr qulonglong freshFrames = 60; // more than come between two refreshes of a LIN view
+
     void addSettingsSteps();
     void addViewSteps();
+    void addViewPictureSteps();
     void addDialogSteps();
+    void addAddDeviceSteps();
     void addClosingSteps();
+
+    void addViewPicture(int index, const QSize &size, const QString &name,
+                        const std::function<void(TzVciBaseViewWindow *)> &prepare);
+    void addContextMenuPicture();
 
     void clickChannel(const QString &name);
     void trigger(const char *action);
@@ -37,10 +48,12 @@ private:
     void printCounters();
     std::vector<TzVciBaseViewWindow *> views() const;
     bool everyViewCounted(qulonglong frames) const;
+    static qulonglong framesCounted(const TzVciBaseViewWindow *view);
 
     TZBenchWindow *m_window;
     TzVciDeviceStore *m_store;
     QDir m_out;
     DemoScript m_script;
+    qulonglong m_framesBefore = 0; // of the view whose picture comes next
     bool m_succeeded = false;
 };

@@ -19,6 +19,7 @@
 namespace {
 
 constexpr int boxCount = 2;
+const char *const defaultSize = "1760x1000";
 
 bool startSimulator(tzsim::Simulator &simulator)
 {
@@ -34,14 +35,21 @@ bool startSimulator(tzsim::Simulator &simulator)
     return true;
 }
 
-int runDemo(TzApplication &application, const QDir &out)
+// "1760x1000"; an empty size for anything else.
+QSize sizeFromText(const QString &text)
+{
+    const QSize size(text.section(QLatin1Char('x'), 0, 0).toInt(), text.section(QLatin1Char('x'), 1).toInt());
+    return size.isEmpty() ? QSize() : size;
+}
+
+int runDemo(TzApplication &application, const QSize &size, const QDir &out)
 {
     TzStartup::dressApplication(application);
     TzStartup::startLog();
     TzStartup::startBackgroundLoad();
     const auto window = TzStartup::showMainWindow(application);
     window->showNormal();
-    window->resize(1760, 1000);
+    window->resize(size);
     DemoDriver driver(window.get(), &TzVciDeviceStore::instance(), out);
     driver.start();
     window->openFirstWindows();
@@ -65,9 +73,16 @@ int main(int argc, char **argv)
     QCommandLineParser parser;
     const QCommandLineOption outOption(QStringLiteral("out"), QStringLiteral("Folder for the pictures."),
                                        QStringLiteral("folder"), QStringLiteral("screenshots"));
-    parser.addOption(outOption);
+    const QCommandLineOption sizeOption(QStringLiteral("size"), QStringLiteral("Size of the main window."),
+                                        QStringLiteral("WxH"), QLatin1String(defaultSize));
+    parser.addOptions({outOption, sizeOption});
     parser.addHelpOption();
     parser.process(application);
+    const QSize size = sizeFromText(parser.value(sizeOption));
+    if (size.isEmpty()) {
+        std::fprintf(stderr, "demo: %s is not a size\n", qPrintable(parser.value(sizeOption)));
+        return 2;
+    }
     const QDir out(QDir::current().absoluteFilePath(parser.value(outOption)));
     if (!QDir().mkpath(out.path())) {
         std::fprintf(stderr, "demo: cannot make the folder %s\n", qPrintable(out.path()));
@@ -79,5 +94,5 @@ int main(int argc, char **argv)
     tzsim::Simulator simulator;
     if (!startSimulator(simulator))
         return 1;
-    return TzStartup::runGuarded([&] { return runDemo(application, out); });
+    return TzStartup::runGuarded([&] { return runDemo(application, size, out); });
 }

@@ -1,0 +1,129 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The part of the demo driver that takes pictures of single views and of what belongs to them.
+#include "tools/demo/DemoDriver.h"
+
+#include "vci/ui/TzVciAddDeviceDialog.h"
+#include "vci/ui/TzVciConfigDialog.h"
+#include "views/ui/TzVciBaseViewWindow.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QLineEdit>
+#include <QMdiSubWindow>
+#include <QMenu>
+#include <QTableView>
+
+namespace {
+
+// Wide enough for a whole payload of eight bytes, high enough for a page of rows.
+constexpr QSize viewSize{860, 420};
+constexpr QSize smallViewSize{860, 260};
+constexpr int firstCanView = 0;
+constexpr int firstLinView = 1;
+constexpr int foldedCanView = 2;
+
+const char *const idFilterText = "100-200,320";
+
+QAbstractButton *filterButton(const TzVciBaseViewWindow *view)
+{
+    return view->findChild<QAbstractButton *>(QStringLiteral("buttonFilter"));
+}
+
+QLineEdit *idEdit(const TzVciBaseViewWindow *view)
+{
+    return view->findChild<QLineEdit *>(QStringLiteral("lineEditId"));
+}
+
+// Lets the view stand alone in front, with the keyboard on it, as a user works with it.
+void bringForward(TzVciBaseViewWindow *view, const QSize &size)
+{
+    auto *frame = qobject_cast<QMdiSubWindow *>(view->parentWidget());
+    frame->setGeometry(QRect(QPoint(0, 0), size));
+    frame->raise();
+    frame->setFocus();
+}
+
+} // namespace
+
+void DemoDriver::addViewPictureSteps()
+{
+    addViewPicture(firstCanView, viewSize, QStringLiteral("view-can"), [](TzVciBaseViewWindow *view) {
+        if (idEdit(view)->isVisible())
+            filterButton(view)->click();
+    });
+    addViewPicture(firstCanView, smallViewSize, QStringLiteral("view-filter"), [](TzVciBaseViewWindow *view) {
+        filterButton(view)->click();
+        idEdit(view)->setText(QLatin1String(idFilterText));
+    });
+    addViewPicture(foldedCanView, viewSize, QStringLiteral("view-folded"), {});
+    addViewPicture(firstLinView, smallViewSize, QStringLiteral("view-lin"), {});
+    addContextMenuPicture();
+    m_script.add(
+        tr("tile the views again"), [] { return QApplication::activePopupWidget() == nullptr; },
+        [this] {
+            idEdit(views().front())->clear();
+            trigger("actionReset_View");
+        });
+}
+
+// The picture is taken when the view has been refreshed in its new form.
+void DemoDriver::addViewPicture(int index, const QSize &size, const QString &name,
+                                const std::function<void(TzVciBaseViewWindow *)> &prepare)
+{
+    const auto place = static_cast<std::size_t>(index);
+    m_script.add(
+        tr("show %1").arg(name), [] { return QApplication::activeModalWidget() == nullptr; },
+        [this, place, size, prepare] {
+            TzVciBaseViewWindow *view = views().at(place);
+            if (prepare)
+                prepare(view);
+            bringForward(view, size);
+            m_framesBefore = framesCounted(view);
+        });
+    m_script.add(
+        tr("take a picture of %1").arg(name),
+        [this, place] { return framesCounted(views().at(place)) > m_framesBefore + freshFrames; },
+        [this, place, name] { savePicture(views().at(place)->parentWidget(), name); });
+}
+
+void DemoDriver::addContextMenuPicture()
+{
+    m_script.add(
+        tr("show the menu of a view"), [] { return true; },
+        [this] {
+            auto *table = views().front()->findChild<QTableView *>(QStringLiteral("tableView"));
+            Q_EMIT table->customContextMenuRequested(table->viewport()->rect().center());
+        });
+    m_script.add(
+        tr("close the menu of a view"),
+        [] { return qobject_cast<QMenu *>(QApplication::activePopupWidget()) != nullptr; },
+        [this] {
+            QWidget *menu = QApplication::activePopupWidget();
+            savePicture(menu, QStringLiteral("menu-context"));
+            menu->close();
+        });
+}
+
+void DemoDriver::addAddDeviceSteps()
+{
+    m_script.add(
+        tr("open the settings to add a device"), [] { return QApplication::activeModalWidget() == nullptr; },
+        [this] { trigger("actionDevice_Settings"); });
+    m_script.add(
+        tr("ask for a new device"),
+        [] { return qobject_cast<TzVciConfigDialog *>(QApplication::activeModalWidget()) != nullptr; },
+        [] {
+            QApplication::activeModalWidget()->findChild<QAbstractButton *>(QStringLiteral("buttonAddDevice"))->click();
+        });
+    m_script.add(
+        tr("close the question for a new device"),
+        [] { return qobject_cast<TzVciAddDeviceDialog *>(QApplication::activeModalWidget()) != nullptr; },
+        [this] {
+            savePicture(QApplication::activeModalWidget(), QStringLiteral("add-device"));
+            QApplication::activeModalWidget()->close();
+        });
+    m_script.add(
+        tr("close the settings without a new device"),
+        [] { return qobject_cast<TzVciConfigDialog *>(QApplication::activeModalWidget()) != nullptr; },
+        [] { QApplication::activeModalWidget()->close(); });
+}
