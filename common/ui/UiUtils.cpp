@@ -5,6 +5,7 @@
 
 #include <QDesktopServices>
 #include <QDialogButtonBox>
+#include <QDir>
 #include <QFileInfo>
 #include <QIcon>
 #include <QInputDialog>
@@ -64,6 +65,23 @@ void requireText(QInputDialog &dialog)
     const auto update = [ok](const QString &text) { ok->setEnabled(!text.trimmed().isEmpty()); };
     QObject::connect(line, &QLineEdit::textChanged, ok, update);
     update(line->text());
+}
+
+// Where a document that is named by a relative path may lie: below the working directory, in the tree that the program
+// was built in, or where an installation puts it. Empty if it is in none of them.
+QString findDocument(const QString &path)
+{
+    const QDir programDir(QCoreApplication::applicationDirPath());
+    const QString places[] = {path, programDir.filePath(QStringLiteral("../") + path),
+                              programDir.filePath(QStringLiteral("../share/tzbench/") + path)};
+    for (const QString &place : places) {
+        const QFileInfo file(place);
+        if (file.isFile())
+            return file.absoluteFilePath();
+        if (QDir::isAbsolutePath(path))
+            break;
+    }
+    return {};
 }
 
 } // namespace
@@ -133,10 +151,10 @@ bool UiUtils::openHelpFile(const QString &path, QString *error)
             *error = text;
         return false;
     };
-    const QFileInfo file(path);
-    if (!file.isFile())
+    const QString file = findDocument(path);
+    if (file.isEmpty())
         return fail(tr("The document %1 does not exist.").arg(path));
-    if (!QDesktopServices::openUrl(QUrl::fromLocalFile(file.absoluteFilePath())))
+    if (!QDesktopServices::openUrl(QUrl::fromLocalFile(file)))
         return fail(tr("No program was found that shows %1.").arg(path));
     return true;
 }

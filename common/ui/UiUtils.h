@@ -42,8 +42,9 @@ public:
     /// @param allowEmpty  false: OK is enabled only while the text holds more than blanks
     static QString getInputText(QWidget *parent, const QString &title, const QString &label, const QString &text,
                                 bool allowEmpty);
-    /// Opens a document with the system's viewer. False, with a text for the user in @p error where given, if it is
-    /// missing or nothing can show it.
+    /// Opens a document with the system's viewer. A relative path is looked for below the working directory, then
+    /// beside the program in its build tree (../) and where it is installed (../share/tzbench/). False, with a text for
+    /// the user in @p error where given, if it is missing or nothing can show it.
     static bool openHelpFile(const QString &path, QString *error);
     /// There is no service to ask: notes the call at debug level and returns false.
     static bool checkForUpdates(bool silent);

@@ -2,13 +2,13 @@
 #include "common/ui/WorkbenchStyle.h"
 
 #include "common/Log.h"
+#include "common/ui/WorkbenchProxyStyle.h"
 #include "resource/Resources.h"
 
 #include <QApplication>
 #include <QFile>
 #include <QFont>
 #include <QPalette>
-#include <QStyleFactory>
 
 namespace Common {
 namespace {
@@ -62,7 +62,7 @@ void applyWorkbenchStyle(QApplication &application)
 {
     tzInitResources();
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
-    QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+    QApplication::setStyle(new WorkbenchProxyStyle); // which the application owns
     QApplication::setPalette(workbenchPalette());
     QFont font = QApplication::font();
     font.setPointSize(fontPointSize);

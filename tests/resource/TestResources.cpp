@@ -2,6 +2,7 @@
 #include "tests/resource/TestResources.h"
 
 #include "common/ui/WorkbenchStyle.h"
+#include "tests/resource/TestWorkbenchProxyStyle.h"
 #include "tests/support/QtTestMain.h"
 
 #include <QApplication>
@@ -12,7 +13,6 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QRegularExpression>
-#include <QStyle>
 #include <QtTest>
 
 namespace {
@@ -119,19 +119,10 @@ void TestResources::styleSheetNamesOnlyImagesThatExist()
     }
 }
 
-void TestResources::messageBoxesShowOurIcons()
+void TestResources::buttonsOfMessageBoxesHaveTextsAlone()
 {
-    const std::pair<QMessageBox::Icon, const char *> icons[] = {{QMessageBox::Question, "question"},
-                                                                {QMessageBox::Information, "info"},
-                                                                {QMessageBox::Warning, "warning"},
-                                                                {QMessageBox::Critical, "critical"}};
-    for (const auto &[icon, name] : icons) {
-        const QMessageBox box(icon, QStringLiteral("title"), QStringLiteral("text"), QMessageBox::Ok);
-        const QImage shown = box.iconPixmap().toImage();
-        const QIcon expected(QStringLiteral(":/resource/%1.png").arg(QLatin1String(name)));
-        QVERIFY2(shown == expected.pixmap(shown.size()).toImage(), name);
-        QVERIFY2(box.button(QMessageBox::Ok)->icon().isNull(), "the buttons have texts alone");
-    }
+    const QMessageBox box(QMessageBox::Question, QStringLiteral("title"), QStringLiteral("text"), QMessageBox::Ok);
+    QVERIFY(box.button(QMessageBox::Ok)->icon().isNull());
 }
 
 void TestResources::paletteIsLightOnEveryDesktop()
@@ -143,4 +134,4 @@ void TestResources::paletteIsLightOnEveryDesktop()
     QCOMPARE(QApplication::font().pointSize(), 9);
 }
 
-TZ_QTEST_MAIN(TestResources)
+TZ_QTEST_MAIN(TestResources, TestWorkbenchProxyStyle)

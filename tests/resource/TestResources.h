@@ -14,6 +14,6 @@ private Q_SLOTS:
     void logoHasSeveralSizes();
     void highDensityIconsAreUsed();
     void styleSheetNamesOnlyImagesThatExist();
-    void messageBoxesShowOurIcons();
+    void buttonsOfMessageBoxesHaveTextsAlone();
     void paletteIsLightOnEveryDesktop();
 };
