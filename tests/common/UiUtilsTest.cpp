@@ -45,14 +45,25 @@ QString order(const QTableWidget &table)
     return names;
 }
 
-// Keeps the document that the desktop would have opened.
+bool writeFile(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly);
+}
+
+// While it lives, keeps the document that the desktop would have opened.
 class DocumentOpener : public QObject
 {
     Q_OBJECT
 public:
-    QUrl opened;
+    DocumentOpener() { QDesktopServices::setUrlHandler(QStringLiteral("file"), this, "open"); }
+    ~DocumentOpener() override { QDesktopServices::unsetUrlHandler(QStringLiteral("file")); }
+    QString openedFile() const { return QFileInfo(m_opened.toLocalFile()).canonicalFilePath(); }
 public Q_SLOTS:
-    void open(const QUrl &url) { opened = url; }
+    void open(const QUrl &url) { m_opened = url; }
+
+private:
+    QUrl m_opened;
 };
 
 } // namespace
@@ -78,6 +89,8 @@ private Q_SLOTS:
     void inputNeedsMoreThanBlanks();
     void missingDocumentIsTold();
     void documentIsOpened();
+    void documentIsFoundBesideTheProgram_data();
+    void documentIsFoundBesideTheProgram();
     void thereIsNoUpdateService();
 };
 
@@ -277,25 +290,50 @@ void TestUiUtils::missingDocumentIsTold()
     const tztest::TempWorkDir workDir;
     const tztest::LogCapture log;
     QString error;
-    QVERIFY(!UiUtils::openHelpFile(QStringLiteral("doc/TZBench.pdf"), &error));
-    QCOMPARE(error, QStringLiteral("The document doc/TZBench.pdf does not exist."));
-    QVERIFY(!UiUtils::openHelpFile(QStringLiteral("doc/TZBench.pdf"), nullptr));
-    QCOMPARE(log.countContaining(2, "Failed to open the document doc/TZBench.pdf"), std::size_t(2));
+    QVERIFY(!UiUtils::openHelpFile(QStringLiteral("doc/Missing.pdf"), &error));
+    QCOMPARE(error, QStringLiteral("The document doc/Missing.pdf does not exist."));
+    QVERIFY(!UiUtils::openHelpFile(QStringLiteral("doc/Missing.pdf"), nullptr));
+    QCOMPARE(log.countContaining(2, "Failed to open the document doc/Missing.pdf"), std::size_t(2));
 }
 
 void TestUiUtils::documentIsOpened()
 {
     const tztest::TempWorkDir workDir;
-    QFile file(QStringLiteral("manual.pdf"));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    DocumentOpener opener;
-    QDesktopServices::setUrlHandler(QStringLiteral("file"), &opener, "open");
+    QVERIFY(writeFile(QStringLiteral("manual.pdf")));
+    const DocumentOpener opener;
     QString error;
-    const bool opened = UiUtils::openHelpFile(QStringLiteral("manual.pdf"), &error);
-    QDesktopServices::unsetUrlHandler(QStringLiteral("file"));
-    QVERIFY(opened);
+    QVERIFY(UiUtils::openHelpFile(QStringLiteral("manual.pdf"), &error));
     QVERIFY(error.isEmpty());
-    QCOMPARE(QFileInfo(opener.opened.toLocalFile()).canonicalFilePath(), QFileInfo(file).canonicalFilePath());
+    QCOMPARE(opener.openedFile(), QFileInfo(QStringLiteral("manual.pdf")).canonicalFilePath());
+    QVERIFY(UiUtils::openHelpFile(QFileInfo(QStringLiteral("manual.pdf")).absoluteFilePath(), nullptr));
+}
+
+void TestUiUtils::documentIsFoundBesideTheProgram_data()
+{
+    QTest::addColumn<QString>("root");
+    QTest::newRow("build tree") << QStringLiteral("/../");
+    QTest::newRow("installed") << QStringLiteral("/../share/tzbench/");
+}
+
+void TestUiUtils::documentIsFoundBesideTheProgram()
+{
+    QFETCH(QString, root);
+    const tztest::TempWorkDir workDir;
+    // A folder of this process alone, since test programs share the tree.
+    const QString folder = QStringLiteral("test-doc-%1").arg(QCoreApplication::applicationPid());
+    const QString place = QDir::cleanPath(QCoreApplication::applicationDirPath() + root + folder);
+    QVERIFY(QDir().mkpath(place));
+    const auto removePlace = qScopeGuard([&] { QDir(place).removeRecursively(); });
+    QVERIFY(writeFile(place + QStringLiteral("/manual.pdf")));
+    const DocumentOpener opener;
+    const QString path = folder + QStringLiteral("/manual.pdf");
+    QVERIFY(UiUtils::openHelpFile(path, nullptr));
+    QCOMPARE(opener.openedFile(), QFileInfo(place + QStringLiteral("/manual.pdf")).canonicalFilePath());
+
+    QVERIFY(QDir().mkpath(folder)); // the working directory comes first
+    QVERIFY(writeFile(path));
+    QVERIFY(UiUtils::openHelpFile(path, nullptr));
+    QCOMPARE(opener.openedFile(), QFileInfo(path).canonicalFilePath());
 }
 
 void TestUiUtils::thereIsNoUpdateService()
