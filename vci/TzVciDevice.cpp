@@ -35,7 +35,7 @@ TzVciDevice::TzVciDevice(TzVciDeviceStore *store, const TzVciNetwork &network, i
     , m_canSubscribers(deviceIndex, {"CAN data", "CAN subscribers"})
     , m_linSubscribers(deviceIndex, {"LIN data", "LIN subscribers"})
     , m_traffic(deviceIndex)
-    , m_busLoad(std::make_unique<TzVciDeviceBusLoad>(canChannels))
+    , m_busLoad(new TzVciDeviceBusLoad(canChannels, this))
     , m_link(deviceIndex, this)
     , m_exchange(deviceIndex, [this](const QByteArray &datagram) { m_link.send(datagram); })
     , m_periodSender(std::make_unique<Common::PeriodSender>())

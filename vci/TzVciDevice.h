@@ -73,7 +73,7 @@ public:
 
     int deviceIndex() const noexcept { return m_deviceIndex.load(); } ///< -1 once it is closed
     Common::PeriodSender *periodSender() const noexcept { return m_periodSender.get(); }
-    TzVciDeviceBusLoad *busLoad() const noexcept { return m_busLoad.get(); }
+    TzVciDeviceBusLoad *busLoad() const noexcept { return m_busLoad; }
     TzVciCommunication *communication() noexcept { return &m_link; } ///< for its counters and the senders
 
 Q_SIGNALS:
@@ -99,8 +99,8 @@ private:
     TzVciSubscriberTable<int, std::uint8_t> m_statusSubscribers;
     TzVciSubscriberTable<const std::vector<TzVciMessage> &> m_canSubscribers;
     TzVciSubscriberTable<const std::vector<TzVciMessage> &> m_linSubscribers;
-    TzVciTrafficDecoder m_traffic; // receive thread
-    std::unique_ptr<TzVciDeviceBusLoad> m_busLoad;
+    TzVciTrafficDecoder m_traffic;       // receive thread
+    TzVciDeviceBusLoad *const m_busLoad; // a child, which so outlives the link
     TzVciCommunication m_link;
     TzVciRequestExchange m_exchange;
     std::unique_ptr<Common::PeriodSender> m_periodSender; // ends before the link that it sends through

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <span>
 
 namespace {
 
@@ -52,8 +53,12 @@ void TzVciDeviceBusLoad::process()
         Common::logWarning(
             "Received busload data is too short. Expected at least {} bytes for {} channels, but got {}.",
             m_minimumLength, m_channelCount, report.length);
-        return;
+        if (m_minimumLength <= TzVciProtocolData::maxPayload)
+            return;
+        // No record holds that many channels, so this is all that ever arrives.
     }
+    if (report.length < periodBytes)
+        return;
     const auto periodUs = TzVciByteOrder::load<std::uint32_t>(report.bytes.data());
     if (periodUs == 0)
         return;
@@ -66,7 +71,8 @@ void TzVciDeviceBusLoad::process()
 void TzVciDeviceBusLoad::decodeChannels(const Report &report)
 {
     const std::uint8_t *bytes = report.bytes.data() + periodBytes;
-    for (Channel &channel : m_channels) {
+    const std::size_t arrived = std::min(m_channels.size(), (report.length - periodBytes) / channelBytes);
+    for (Channel &channel : std::span(m_channels).first(arrived)) {
         channel.frames = TzVciByteOrder::load<std::uint32_t>(bytes);
         channel.busyTime = TzVciByteOrder::load<std::uint32_t>(bytes + 4);
         channel.loadPercent = static_cast<double>(channel.busyTime) / static_cast<double>(m_periodUs) * 100.0;

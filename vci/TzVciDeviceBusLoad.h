@@ -14,7 +14,8 @@
 ///
 /// Threads: the link's receive thread calls storeReport(), which never waits; everything else runs on the UI thread.
 /// A report that arrives while another is decoded is kept for the next process().
-/// Errors: a report that is too short is a log line and changes nothing.
+/// Errors: a report that is too short is a log line and changes nothing. Where a record cannot hold all channels, those
+/// that arrived are decoded all the same and the others stay as they are.
 class TzVciDeviceBusLoad : public QObject
 {
     Q_OBJECT

@@ -145,7 +145,54 @@ TEST(DeviceBusLoad, OfALengthAboveTheRecordTheEndIsNotMadeUp)
     EXPECT_EQ(busLoad.deviceRxFrames(), 10u); // the counters stood where nothing was held
 }
 
-TEST(DeviceBusLoad, AHostileChannelCountMakesEveryReportTooShort)
+// 4 bytes of the period and 8 for each channel: of 15 channels the last is cut, of 14 all are there.
+TEST(DeviceBusLoad, OfMoreChannelsThanARecordHoldsThoseThatArrivedAreDecoded)
+{
+    const tztest::LogCapture log;
+    TzVciDeviceBusLoad busLoad(20);
+    std::vector<std::uint32_t> numbers{1000};
+    for (std::uint32_t i = 0; i < 20; ++i)
+        numbers.insert(numbers.end(), {100 + i, 10 * i});
+    TzVciProtocolData record = report(numbers);
+    record.length = 164; // as the wire said; the record holds 122 of them
+    busLoad.storeReport(record);
+    busLoad.process();
+    EXPECT_TRUE(
+        log.has(2, "Received busload data is too short. Expected at least 164 bytes for 20 channels, but got 122."));
+    EXPECT_EQ(busLoad.periodUs(), 1000u);
+    EXPECT_EQ(busLoad.channels()[13].frames, 113u);
+    EXPECT_DOUBLE_EQ(busLoad.channels()[13].loadPercent, 13.0);
+    EXPECT_EQ(busLoad.channels()[14].frames, 0u); // six of its eight bytes arrived
+    EXPECT_EQ(busLoad.deviceRxFrames(), 0u);
+}
+
+TEST(DeviceBusLoad, FourteenChannelsFitARecordWithoutTheDeviceCounters)
+{
+    const tztest::LogCapture log;
+    TzVciDeviceBusLoad busLoad(14);
+    EXPECT_EQ(busLoad.minimumLength(), 116);
+    TzVciProtocolData record = report(std::vector<std::uint32_t>(29, 100));
+    record.length = 128; // with the counters, which the record does not hold
+    busLoad.storeReport(record);
+    busLoad.process();
+    EXPECT_TRUE(log.lines().empty());
+    EXPECT_DOUBLE_EQ(busLoad.channels()[13].loadPercent, 100.0);
+    EXPECT_EQ(busLoad.deviceRxBytes(), 0u);
+}
+
+TEST(DeviceBusLoad, AReportShorterThanThePeriodDecodesNothingWhateverTheChannelCount)
+{
+    const tztest::LogCapture log;
+    TzVciDeviceBusLoad busLoad(20);
+    TzVciProtocolData record = report({1000});
+    record.length = 3;
+    busLoad.storeReport(record);
+    busLoad.process();
+    EXPECT_EQ(busLoad.periodUs(), 0u);
+    EXPECT_EQ(log.countContaining(2, "too short"), 1u);
+}
+
+TEST(DeviceBusLoad, AHostileChannelCountIsBounded)
 {
     const tztest::LogCapture log;
     TzVciDeviceBusLoad busLoad(1'000'000);
@@ -155,6 +202,7 @@ TEST(DeviceBusLoad, AHostileChannelCountMakesEveryReportTooShort)
     busLoad.storeReport(record);
     busLoad.process();
     EXPECT_EQ(log.countContaining(2, "too short"), 1u);
+    EXPECT_EQ(busLoad.channels()[0].frames, 111u);
 }
 
 TEST(DeviceBusLoad, TheLatestReportWins)
