@@ -3,6 +3,7 @@
 
 #include "ui_TzRawViewWindow.h"
 
+#include "logging/ui/LoggerWindow.h"
 #include "vci/ui/TzVciChannelSelectDialog.h"
 #include "views/TzRawViewModel.h"
 #include "views/ui/CommonCopyManager.h"
@@ -41,14 +42,17 @@ QIcon pauseIcon(bool paused)
 } // namespace
 
 TzRawViewWindow::TzRawViewWindow(TzVciDeviceManager *deviceManager, TzVciDeviceStore *deviceStore,
-                                 TzRawViewModel *model, std::span<const ColumnWidth> columnWidths, QWidget *parent)
+                                 TzRawViewModel *model, Common::LoggerWindow *logger,
+                                 std::span<const ColumnWidth> columnWidths, QWidget *parent)
     : TzVciBaseViewWindow(deviceManager, model->family().viewKind, parent)
     , m_deviceStore(deviceStore)
     , m_ui(std::make_unique<Ui::TzRawViewWindow>())
     , m_model(model)
+    , m_logger(logger)
     , m_filterWidget(new TzVciViewFilterWidget(viewKind(), this))
 {
     m_model->setParent(this);
+    m_logger->setParent(this, m_logger->windowFlags());
     m_ui->setupUi(this);
     setUpTable(columnWidths);
     setUpFilter();
@@ -133,6 +137,12 @@ void TzRawViewWindow::onReceivedMessages(const std::vector<TzVciMessage> &messag
     // Whatever takes this view's traffic takes it here: after the choice of channels, before the filter of the display.
     const std::span<const TzVciMessage> entered = accept(messages);
     m_model->addMessages(entered);
+    m_logger->addMessages(entered);
+}
+
+void TzRawViewWindow::stopRecording()
+{
+    m_logger->stopRecording();
 }
 
 void TzRawViewWindow::onUpdateData()
@@ -228,6 +238,13 @@ void TzRawViewWindow::askForDevices()
     delete dialog;
     if (self)
         setPaused(false);
+}
+
+void TzRawViewWindow::on_buttonRecord_clicked()
+{
+    m_logger->showNormal();
+    m_logger->raise(); // it may lie behind the main window
+    m_logger->activateWindow();
 }
 
 void TzRawViewWindow::on_buttonSave_clicked()

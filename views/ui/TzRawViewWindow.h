@@ -8,6 +8,9 @@
 #include <span>
 #include <vector>
 
+namespace Common {
+class LoggerWindow;
+}
 class QMenu;
 class TzRawViewModel;
 class TzVciDeviceStore;
@@ -27,7 +30,9 @@ public:
 
     TzRawViewModel *model() const { return m_model; }
     TzVciViewFilterWidget *filterWidget() const { return m_filterWidget; }
+    Common::LoggerWindow *logger() const { return m_logger; }
 
+    void stopRecording() override;
     void onReceivedMessages(const std::vector<TzVciMessage> &messages) override;
 
 protected:
@@ -38,9 +43,10 @@ protected:
     };
 
     /// @param model         becomes the window's
+    /// @param logger        becomes the window's
     /// @param columnWidths  columns that are not listed keep the width of the table
     TzRawViewWindow(TzVciDeviceManager *deviceManager, TzVciDeviceStore *deviceStore, TzRawViewModel *model,
-                    std::span<const ColumnWidth> columnWidths, QWidget *parent);
+                    Common::LoggerWindow *logger, std::span<const ColumnWidth> columnWidths, QWidget *parent);
 
 private Q_SLOTS:
     void onUpdateData() override;
@@ -49,6 +55,7 @@ private Q_SLOTS:
     void on_buttonDevices_clicked();
     void on_checkBoxFold_stateChanged(int state);
     void on_buttonPause_clicked();
+    void on_buttonRecord_clicked();
     void on_buttonSave_clicked();
     void on_buttonClear_clicked();
     void on_buttonFilter_clicked();
@@ -71,6 +78,7 @@ private:
     TzVciDeviceStore *const m_deviceStore;
     const std::unique_ptr<Ui::TzRawViewWindow> m_ui;
     TzRawViewModel *const m_model;               // a child of this window
+    Common::LoggerWindow *const m_logger;        // a child of this window, shown as a window of its own
     TzVciViewFilterWidget *const m_filterWidget; // a child of this window
     bool m_asking = false;                       // a dialog of this window shows or is about to
 };
