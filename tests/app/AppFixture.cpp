@@ -48,6 +48,22 @@ TzViewIntake::Counters AppFixture::countersOf(std::size_t view) const
     return window->helper()->views().views().at(view)->intake().counters();
 }
 
+void AppFixture::openViews(int canViews, int linViews)
+{
+    constexpr auto byUser = TzBenchWindowHelper::Request::ByUser;
+    for (int i = 0; i < canViews; ++i)
+        helper().newView(TzVciViewKind::can, byUser);
+    for (int i = 0; i < linViews; ++i)
+        helper().newView(TzVciViewKind::lin, byUser);
+}
+
+void AppFixture::startLoad(int box, double framesPerSecond)
+{
+    tzsim::LoadSpec load;
+    load.framesPerSecond = framesPerSecond;
+    simulator.box(box).startLoad(load);
+}
+
 bool AppFixture::openDevice(int deviceIndex)
 {
     return simulatorStarted && manager.openDevice(deviceIndex) == TzVciResult::ok;

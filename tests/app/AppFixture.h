@@ -42,6 +42,9 @@ public:
     /// The counters of a view, counted from 0.
     TzViewIntake::Counters countersOf(std::size_t view) const;
 
+    void openViews(int canViews, int linViews = 0);
+    /// Lets the box send that many frames a second on the first CAN channel, until the simulator ends.
+    void startLoad(int box, double framesPerSecond);
     bool openDevice(int deviceIndex);
     bool openChannel(int deviceIndex, std::uint8_t protocol, int channel);
     /// Opens the device and the channel and waits until the window has heard of it.

@@ -199,9 +199,7 @@ void TestClosing::aDeviceMayOutliveTheWindow()
 {
     tztest::AppFixture fixture(1);
     QVERIFY(fixture.openAll(0, can, 0));
-    tzsim::LoadSpec load;
-    load.framesPerSecond = 5000;
-    fixture.simulator.box(0).startLoad(load);
+    fixture.startLoad(0, 5000);
     QVERIFY(tztest::waitFor([&] { return fixture.countersOf(0).total > 100; }));
     fixture.window.reset(); // destroyed without being closed, as after an exception
     const auto sent = [&] { return fixture.simulator.box(0).counters(tzsim::Family::can, 0).framesSent; };

@@ -3,12 +3,11 @@
 
 #include <QObject>
 
-/// The list of views, their tiling, and what channels that open and close do to them.
+/// The list of views: their numbers, their tiling, and how they leave it.
 class TestViewManagement : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    // numbers and tiling
     void aFifthNewCanViewShowsTheWarningAndNothingChanges();
     void closingTheSecondOfThreeViewsGivesTheThirdTheNumberTwoAndTwoRows();
     void titlesOfAllKinds();
@@ -21,19 +20,4 @@ private Q_SLOTS:
     void aViewThatRefusesToCloseStays();
     void aViewDestroyedWithoutClosingIsTakenOut();
     void aViewThatWasNeverListedShowsTheWarning();
-    // channels
-    void openingACanChannelWithOnlyALinViewOpensACanView();
-    void openingACanChannelWithADbcViewOpensNone();
-    void decodedViewsCountForTheirFamily();
-    void openingALinChannelOpensALinView();
-    void atTheLimitAnAutomaticViewIsOneInfoLine();
-    void theFirstCanChannelEmptiesTheViewsAndTheSecondDoesNot();
-    void closingTheLastCanChannelOfOneDeviceLeavesTheTimerOfAnotherRunning();
-    void closingTheLastChannelStopsTheTimer();
-    // frames
-    void framesReachEveryViewOfTheirFamily();
-    void clearButtonOfAViewReachesThatViewAlone();
-    void clearSignalOfADecodedKindReachesItsFamily();
-    void viewsMayCloseWhileFramesFlow();
-    void viewsMayBeDestroyedUnclosedWhileFramesFlow();
 };

@@ -10,6 +10,7 @@
 #include "tests/app/TestTzStartup.h"
 #include "tests/app/TestTzViewTiler.h"
 #include "tests/app/TestTzYieldingSharedMutex.h"
+#include "tests/app/TestViewChannels.h"
 #include "tests/app/TestViewManagement.h"
 #include "tests/support/LoopbackGuard.h"
 
@@ -44,5 +45,5 @@ int main(int argc, char **argv)
     TzStartup::dressApplication(application);
     qRegisterMetaType<std::uint8_t>("std::uint8_t"); // for signal spies
     return runAll<TestTzViewTiler, TestTzYieldingSharedMutex, TestTzFrameDrain, TestTzApplication, TestTZBenchWindow,
-                  TestViewManagement, TestClosing, TestTzStartup, TestProgram>(argc, argv);
+                  TestViewManagement, TestViewChannels, TestClosing, TestTzStartup, TestProgram>(argc, argv);
 }

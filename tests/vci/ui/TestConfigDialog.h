@@ -1,24 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include "tests/support/TempWorkDir.h"
-#include "vci/TzVciDeviceManager.h"
-#include "vci/TzVciDeviceScanner.h"
-#include "vci/TzVciDeviceStore.h"
-#include "vci/ui/TzVciConfigDialog.h"
+#include "tests/vci/ui/ConfigDialogTest.h"
 
-#include <QObject>
-
-#include <memory>
-
-/// The device settings dialog where no box answers.
-class TestConfigDialog : public QObject
+/// What the device settings dialog shows, and the settings that its cells edit.
+class TestConfigDialog : public ConfigDialogTest
 {
     Q_OBJECT
 private Q_SLOTS:
-    void initTestCase();
-    void init();
-    void cleanup();
     void showsTitleTextsAndToolTips();
     void tablesHaveTheirColumns();
     void controlsAreDisabledWithoutADevice();
@@ -29,27 +18,8 @@ private Q_SLOTS:
     void fillingAComboNeverWrites();
     void ldfColumnIsAnEmptyCell();
     void configureRunsTheBitTimingDialogOfItsRow();
-    void localIpIsStoredTrimmedOnEditingFinished();
-    void localIpIsStoredTrimmedBeforeStart();
-    void enterInTheLocalIpStartsNothing();
-    void startWithoutABoxShowsAnErrorAndUnchecks();
-    void channelOfAClosedDeviceShowsTheCode();
     void showsADeviceThatIsAddedWhileItIsOpen();
-    void closingSavesTheSettings();
-    void quittingUnderTheDialogSavesTheSettings();
-    void quittingUnderTheOpenErrorSavesTheSettings();
-    void slotsWithoutAClickDoNothing();
-    void enterClicksTheFocusedButton();
-    void tabScrollsToTheControl();
     void fitsTheScreen();
     void openingLoadsTheSettings();
     void statesFollowTheStore();
-
-private:
-    std::unique_ptr<TzVciConfigDialog> makeDialog();
-
-    std::unique_ptr<tztest::TempWorkDir> m_workDir;
-    std::unique_ptr<TzVciDeviceStore> m_store;
-    std::unique_ptr<TzVciDeviceScanner> m_scanner;
-    std::unique_ptr<TzVciDeviceManager> m_manager;
 };
