@@ -81,22 +81,22 @@ TzViewRow TzViewTextWriter::rowOf(const QModelIndex &index)
 
 std::vector<TzViewRow> TzViewTextWriter::selectedRows(const QItemSelection &selection)
 {
-    std::vector<TzViewRow> rows;
+    std::vector<TzViewRow> all;
     for (const QItemSelectionRange &range : selection) {
         if (!range.isValid())
             continue;
         const QModelIndex parent = range.parent();
         for (int row = range.top(); row <= range.bottom(); ++row)
-            rows.push_back(parent.isValid() ? TzViewRow{parent.row(), row} : TzViewRow{row});
+            all.push_back(parent.isValid() ? TzViewRow{parent.row(), row} : TzViewRow{row});
     }
-    std::sort(rows.begin(), rows.end());
-    const auto repeats = [kept = TzViewRow{-1}](const TzViewRow &row) mutable {
-        const bool known = row == kept || (row.top == kept.top && !kept.isChild());
-        if (!known)
-            kept = row;
-        return known;
-    };
-    rows.erase(std::remove_if(rows.begin(), rows.end(), repeats), rows.end());
+    std::sort(all.begin(), all.end());
+    std::vector<TzViewRow> rows;
+    for (const TzViewRow &row : all) {
+        const bool isRepeat = !rows.empty() && row == rows.back();
+        const bool isOfSelectedTop = !rows.empty() && !rows.back().isChild() && row.top == rows.back().top;
+        if (!isRepeat && !isOfSelectedTop)
+            rows.push_back(row);
+    }
     return rows;
 }
 

@@ -3,8 +3,13 @@
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QComboBox>
 #include <QDialog>
+#include <QDialogButtonBox>
+#include <QFileDialog>
+#include <QLineEdit>
 #include <QMessageBox>
+#include <QPushButton>
 
 #include <algorithm>
 
@@ -26,6 +31,37 @@ void MessageBoxDriver::expectBox(int standardButton)
 void MessageBoxDriver::expectDialog(std::function<void(QDialog *)> action)
 {
     m_expected.push_back({0, std::move(action)});
+}
+
+void MessageBoxDriver::expectFileDialog(const QString &nameFilter, const QString &path)
+{
+    expectDialog([this, nameFilter, path](QDialog *dialog) { chooseFile(dialog, nameFilter, path); });
+}
+
+// By the dialog's own controls, as its user does: what they bring about is part of the test.
+void MessageBoxDriver::chooseFile(QDialog *dialog, const QString &nameFilter, const QString &path)
+{
+    const auto *files = qobject_cast<QFileDialog *>(dialog);
+    auto *filters = dialog->findChild<QComboBox *>(QStringLiteral("fileTypeCombo"));
+    auto *name = dialog->findChild<QLineEdit *>(QStringLiteral("fileNameEdit"));
+    const auto *buttons = dialog->findChild<QDialogButtonBox *>();
+    if (files)
+        m_seen.push_back({dialog->windowTitle(), files->nameFilters().join(QStringLiteral(";;")), 0});
+    const int filter = filters ? filters->findText(nameFilter) : -1;
+    if (files && name && buttons && filter >= 0 && !path.isEmpty()) {
+        filters->setCurrentIndex(filter);
+        Q_EMIT filters->activated(filter);
+        name->setText(path);
+        const bool saves = files->acceptMode() == QFileDialog::AcceptSave;
+        buttons->button(saves ? QDialogButtonBox::Save : QDialogButtonBox::Open)->click();
+    }
+    if (!dialog->isVisible())
+        return;
+    if (!path.isEmpty()) {
+        ++m_unexpected;
+        qWarning("\"%s\" takes no file \"%s\"", qPrintable(dialog->windowTitle()), qPrintable(path));
+    }
+    dialog->reject();
 }
 
 void MessageBoxDriver::look()

@@ -35,8 +35,11 @@ public:
     void expectBox(int standardButton);
     /// The next modal window is a dialog; hand it to @p action, which must end it.
     void expectDialog(std::function<void(QDialog *)> action);
+    /// The next modal window is a file dialog of the toolkit's own; choose @p nameFilter in it, type @p path and press
+    /// its button. An empty path cancels. Recorded with all its filters, parted by ";;", as text.
+    void expectFileDialog(const QString &nameFilter, const QString &path);
 
-    const std::vector<Seen> &seen() const { return m_seen; } ///< every message box so far, in order
+    const std::vector<Seen> &seen() const { return m_seen; } ///< message and file boxes so far, in order
     bool allMet() const { return m_expected.empty(); }
     int unexpected() const { return m_unexpected; }
 
@@ -49,6 +52,7 @@ private:
 
     void look();
     void answer(QMessageBox *box);
+    void chooseFile(QDialog *dialog, const QString &nameFilter, const QString &path);
 
     QTimer m_timer;
     std::deque<Expectation> m_expected;

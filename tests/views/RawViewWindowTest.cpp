@@ -108,9 +108,10 @@ void TestRawViewWindow::tableIsSetUp()
     QVERIFY(fixture->view->findChild<QWidget *>(QStringLiteral("widget_3"))->isAncestorOf(fixture->label()));
 }
 
-void TestRawViewWindow::recordingIsNotOfferedYet()
+void TestRawViewWindow::recordingAndSavingAreOffered()
 {
-    QVERIFY(!fixture->button("buttonRecord")->isEnabled());
+    QVERIFY(fixture->button("buttonRecord")->isEnabled());
+    QVERIFY(fixture->button("buttonSave")->isEnabled());
 }
 
 void TestRawViewWindow::framesAppearAndAreCounted()

@@ -15,8 +15,8 @@ private Q_SLOTS:
     void toolRowHasItsTexts();
     void tableIsSetUp_data() { twins(); }
     void tableIsSetUp();
-    void recordingIsNotOfferedYet_data() { twins(); }
-    void recordingIsNotOfferedYet();
+    void recordingAndSavingAreOffered_data() { twins(); }
+    void recordingAndSavingAreOffered();
     void framesAppearAndAreCounted_data() { twins(); }
     void framesAppearAndAreCounted();
     void displayFilterTouchesNoCounter_data() { twins(); }
