@@ -35,11 +35,13 @@ private:
     void addViewPictureSteps();
     void addDialogSteps();
     void addAddDeviceSteps();
+    void addRecorderSteps();
     void addClosingSteps();
 
     void addViewPicture(int index, const QSize &size, const QString &name,
                         const std::function<void(TzVciBaseViewWindow *)> &prepare);
     void addContextMenuPicture();
+    void addRecorderPicture(int index, const QString &name, const QString &path);
 
     void clickChannel(const QString &name);
     void trigger(const char *action);
