@@ -6,9 +6,11 @@
 
 namespace Common {
 
-HeartbeatManager::HeartbeatManager(unsigned int intervalMs, const char *threadName)
+HeartbeatManager::HeartbeatManager(unsigned int intervalMs, const char *threadName,
+                                   std::shared_ptr<HeartbeatClock> clock)
     : m_interval(std::max(intervalMs, 1U))
     , m_threadName(threadName)
+    , m_clock(std::move(clock))
 {
 }
 
@@ -34,7 +36,7 @@ bool HeartbeatManager::start(unsigned int idleMs)
     m_thread.join(); // a thread that stopped itself; its last writes must come before the ones below
     updateTimestamp();
     m_running.store(true, std::memory_order_release);
-    const auto started = Clock::now();
+    const auto started = m_clock->now();
     const Clock::duration idle = std::chrono::milliseconds(idleMs);
     if (m_thread.start(m_threadName, [this, started, idle] { run(started, idle); }))
         return true;
@@ -50,25 +52,25 @@ void HeartbeatManager::stop()
     }
     const std::lock_guard lock(m_lifecycleMutex);
     m_running.store(false, std::memory_order_release);
-    m_sleeper.wake();
+    m_clock->wake();
     m_thread.join();
 }
 
 void HeartbeatManager::updateTimestamp() noexcept
 {
-    m_lastActivity.store(Clock::now().time_since_epoch().count(), std::memory_order_relaxed);
+    m_lastActivity.store(m_clock->now().time_since_epoch().count(), std::memory_order_relaxed);
 }
 
 void HeartbeatManager::run(Clock::time_point started, Clock::duration idle)
 {
     auto wakeUp = started + m_interval;
     while (true) {
-        const auto ticket = m_sleeper.ticket();
+        const auto ticket = m_clock->ticket();
         if (!isRunning())
             return;
-        if (!m_sleeper.sleepUntil(ticket, wakeUp))
+        if (!m_clock->sleepUntil(ticket, wakeUp))
             continue;
-        if (isDue(Clock::now(), idle)) {
+        if (isDue(m_clock->now(), idle)) {
             std::unique_lock lock(m_callbackMutex);
             const auto callback = m_callback;
             lock.unlock();
@@ -76,7 +78,7 @@ void HeartbeatManager::run(Clock::time_point started, Clock::duration idle)
                 (*callback)();
         }
         // The next point of the grid that lies ahead.
-        wakeUp += m_interval * std::max<Clock::rep>(1, (Clock::now() - wakeUp) / m_interval + 1);
+        wakeUp += m_interval * std::max<Clock::rep>(1, (m_clock->now() - wakeUp) / m_interval + 1);
     }
 }
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "common/HeartbeatClock.h"
 #include "common/WorkerThread.h"
-#include "common/platform/SteadySleeper.h"
 
 #include <atomic>
 #include <chrono>
@@ -24,7 +24,9 @@ class HeartbeatManager
 public:
     /// @param intervalMs  time between wake-ups; 0 counts as 1
     /// @param threadName  at most 15 characters; must outlive the object
-    explicit HeartbeatManager(unsigned int intervalMs, const char *threadName = "tz-heartbeat");
+    /// @param clock       not null; one of its own, since its sleep is the thread's
+    explicit HeartbeatManager(unsigned int intervalMs, const char *threadName = "tz-heartbeat",
+                              std::shared_ptr<HeartbeatClock> clock = std::make_shared<HeartbeatClock>());
     /// As stop().
     ~HeartbeatManager();
     HeartbeatManager(const HeartbeatManager &) = delete;
@@ -45,7 +47,7 @@ public:
     void updateTimestamp() noexcept;
 
 private:
-    using Clock = platform::SteadySleeper::Clock;
+    using Clock = HeartbeatClock::Clock;
 
     void run(Clock::time_point started, Clock::duration idle);
     bool isDue(Clock::time_point now, Clock::duration idle) const noexcept;
@@ -57,7 +59,7 @@ private:
     std::mutex m_lifecycleMutex; // start() and stop() one after the other; never taken on the thread itself
     std::atomic<bool> m_running{false};
     std::atomic<Clock::rep> m_lastActivity{0}; // time since the clock's epoch
-    platform::SteadySleeper m_sleeper;
+    const std::shared_ptr<HeartbeatClock> m_clock;
     WorkerThread m_thread;
 };
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "common/HeartbeatManager.h"
 
+#include "tests/common/ManualClock.h"
 #include "tests/support/WaitFor.h"
 
 #include <gtest/gtest.h>
@@ -13,54 +14,88 @@ using Common::HeartbeatManager;
 using namespace std::chrono_literals;
 
 namespace {
-using Clock = std::chrono::steady_clock;
+
+/// Counts the calls of a heartbeat that lives by a clock which the test moves.
+class Heartbeat : public testing::Test
+{
+protected:
+    std::unique_ptr<HeartbeatManager> make(unsigned int intervalMs)
+    {
+        auto heartbeat = std::make_unique<HeartbeatManager>(intervalMs, "test-heartbeat", clock);
+        heartbeat->setCallback([this] { ++calls; });
+        return heartbeat;
+    }
+
+    const std::shared_ptr<tztest::ManualClock> clock = std::make_shared<tztest::ManualClock>();
+    std::atomic<int> calls{0};
+};
+
 } // namespace
 
-TEST(HeartbeatManager, FiresAtEveryWakeUpWithoutIdleTime)
+TEST_F(Heartbeat, FiresAtEveryWakeUpWithoutIdleTime)
 {
-    HeartbeatManager heartbeat(10);
-    std::atomic<int> calls{0};
-    heartbeat.setCallback([&] { ++calls; });
-    EXPECT_FALSE(heartbeat.isRunning());
-    const auto started = Clock::now();
-    ASSERT_TRUE(heartbeat.start(0));
-    EXPECT_TRUE(heartbeat.isRunning());
-    ASSERT_TRUE(tztest::waitFor([&] {
-        heartbeat.updateTimestamp(); // means nothing without an idle time
-        return calls >= 20;
-    }));
-    EXPECT_GE(Clock::now() - started, 200ms); // never before its time, the first one interval after the start
-    heartbeat.stop();
-    EXPECT_FALSE(heartbeat.isRunning());
+    const auto heartbeat = make(10);
+    EXPECT_FALSE(heartbeat->isRunning());
+    ASSERT_TRUE(heartbeat->start(0));
+    EXPECT_TRUE(heartbeat->isRunning());
+    ASSERT_TRUE(clock->advance(9ms));
+    EXPECT_EQ(calls, 0); // never before its time, the first one interval after the start
+    ASSERT_TRUE(clock->advance(1ms));
+    EXPECT_EQ(calls, 1);
+    for (int wakeUp = 2; wakeUp <= 20; ++wakeUp) {
+        heartbeat->updateTimestamp(); // means nothing without an idle time
+        ASSERT_TRUE(clock->advance(10ms));
+        EXPECT_EQ(calls, wakeUp);
+    }
+    heartbeat->stop();
+    EXPECT_FALSE(heartbeat->isRunning());
 }
 
-TEST(HeartbeatManager, ActivityHoldsTheIdleCallbackBack)
+TEST_F(Heartbeat, ActivityHoldsTheIdleCallbackBack)
 {
-    HeartbeatManager heartbeat(5);
-    std::atomic<int> calls{0};
-    heartbeat.setCallback([&] { ++calls; });
-    ASSERT_TRUE(heartbeat.start(60'000));
-    std::this_thread::sleep_for(50ms); // ten wake-ups, all within the idle time that began with start()
+    const auto heartbeat = make(5);
+    ASSERT_TRUE(heartbeat->start(20)); // counts as an activity
+    for (int round = 0; round < 100; ++round) {
+        ASSERT_TRUE(clock->advance(5ms));
+        ASSERT_TRUE(clock->advance(5ms));
+        ASSERT_TRUE(clock->advance(5ms));
+        heartbeat->updateTimestamp();
+    }
     EXPECT_EQ(calls, 0);
-    heartbeat.stop();
 }
 
-TEST(HeartbeatManager, FiresOnceIdleForLongEnough)
+TEST_F(Heartbeat, FiresOnceIdleForLongEnough)
 {
-    HeartbeatManager heartbeat(5);
-    std::atomic<int> calls{0};
-    heartbeat.setCallback([&] {
+    const auto heartbeat = make(5);
+    heartbeat->setCallback([&] {
         ++calls;
-        heartbeat.updateTimestamp(); // as a sent keep-alive does
+        heartbeat->updateTimestamp(); // as a sent keep-alive does
     });
-    const auto started = Clock::now();
-    ASSERT_TRUE(heartbeat.start(40));
-    ASSERT_TRUE(tztest::waitFor([&] { return calls >= 3; }));
-    EXPECT_GE(Clock::now() - started, 120ms);
-    heartbeat.stop();
+    ASSERT_TRUE(heartbeat->start(40));
+    for (int round = 1; round <= 3; ++round) {
+        for (int wakeUp = 1; wakeUp < 8; ++wakeUp)
+            ASSERT_TRUE(clock->advance(5ms));
+        EXPECT_EQ(calls, round - 1);
+        ASSERT_TRUE(clock->advance(5ms));
+        EXPECT_EQ(calls, round);
+    }
 }
 
-TEST(HeartbeatManager, StartFailsWhileRunning)
+TEST_F(Heartbeat, StaysDueAtEveryWakeUpUntilThereIsActivity)
+{
+    const auto heartbeat = make(5);
+    ASSERT_TRUE(heartbeat->start(7)); // less than a multiple: due at the wake-up that follows
+    ASSERT_TRUE(clock->advance(5ms));
+    EXPECT_EQ(calls, 0);
+    ASSERT_TRUE(clock->advance(5ms));
+    ASSERT_TRUE(clock->advance(5ms));
+    EXPECT_EQ(calls, 2);
+    heartbeat->updateTimestamp();
+    ASSERT_TRUE(clock->advance(5ms));
+    EXPECT_EQ(calls, 2);
+}
+
+TEST_F(Heartbeat, StartFailsWhileRunning)
 {
     HeartbeatManager heartbeat(5);
     ASSERT_TRUE(heartbeat.start(0)); // also without a callback
@@ -68,10 +103,9 @@ TEST(HeartbeatManager, StartFailsWhileRunning)
     heartbeat.stop();
 }
 
-TEST(HeartbeatManager, StopWakesALongIntervalAndNoCallbackFollows)
+TEST_F(Heartbeat, StopWakesALongIntervalAndNoCallbackFollows)
 {
     HeartbeatManager heartbeat(3'600'000);
-    std::atomic<int> calls{0};
     heartbeat.setCallback([&] { ++calls; });
     ASSERT_TRUE(heartbeat.start(0));
     heartbeat.stop();
@@ -79,52 +113,54 @@ TEST(HeartbeatManager, StopWakesALongIntervalAndNoCallbackFollows)
     EXPECT_EQ(calls, 0);
 }
 
-TEST(HeartbeatManager, StopWaitsForTheCallback)
+TEST_F(Heartbeat, StopWaitsForTheCallback)
 {
-    HeartbeatManager heartbeat(1);
     std::atomic<bool> inside{false};
-    heartbeat.setCallback([&] {
+    std::atomic<bool> left{false};
+    const auto heartbeat = make(1);
+    heartbeat->setCallback([&] {
         inside = true;
-        inside.notify_all();
-        std::this_thread::sleep_for(20ms);
-        inside = false;
+        EXPECT_TRUE(tztest::waitFor([&] { return !heartbeat->isRunning(); })); // stop() is under way
+        for (int i = 0; i < 100; ++i)
+            std::this_thread::yield(); // a stop() that does not wait would be over by now
+        left = true;
     });
-    ASSERT_TRUE(heartbeat.start(0));
-    inside.wait(false);
-    heartbeat.stop();
-    EXPECT_FALSE(inside);
+    ASSERT_TRUE(heartbeat->start(0));
+    clock->move(1ms);
+    ASSERT_TRUE(tztest::waitFor([&] { return inside.load(); }));
+    heartbeat->stop();
+    EXPECT_TRUE(left);
 }
 
-TEST(HeartbeatManager, CanBeStartedAgain)
+TEST_F(Heartbeat, CanBeStartedAgainOnAGridOfItsOwn)
 {
-    HeartbeatManager heartbeat(1);
-    std::atomic<int> calls{0};
-    heartbeat.setCallback([&] { ++calls; });
-    for (int round = 0; round < 20; ++round) {
-        const int before = calls;
-        ASSERT_TRUE(heartbeat.start(0));
-        ASSERT_TRUE(tztest::waitFor([&] { return calls > before; }));
-        heartbeat.stop();
+    const auto heartbeat = make(10);
+    for (int round = 1; round <= 20; ++round) {
+        ASSERT_TRUE(heartbeat->start(0));
+        ASSERT_TRUE(clock->advance(10ms));
+        EXPECT_EQ(calls, round);
+        ASSERT_TRUE(clock->advance(7ms)); // the next grid begins here
+        heartbeat->stop();
     }
 }
 
-TEST(HeartbeatManager, CallbackMayStopAndAnotherThreadStartAgain)
+TEST_F(Heartbeat, CallbackMayStopAndAnotherThreadStartAgain)
 {
-    HeartbeatManager heartbeat(1);
-    std::atomic<int> calls{0};
-    heartbeat.setCallback([&] {
-        heartbeat.stop();
-        EXPECT_FALSE(heartbeat.start(0)); // its thread has not ended yet
+    const auto heartbeat = make(1);
+    heartbeat->setCallback([&] {
+        heartbeat->stop();
+        EXPECT_FALSE(heartbeat->start(0)); // its thread has not ended yet
         ++calls;
     });
     for (int round = 1; round <= 10; ++round) {
-        ASSERT_TRUE(heartbeat.start(0));
+        ASSERT_TRUE(heartbeat->start(0));
+        clock->move(1ms);
         ASSERT_TRUE(tztest::waitFor([&] { return calls == round; }));
-        EXPECT_FALSE(heartbeat.isRunning());
+        EXPECT_FALSE(heartbeat->isRunning());
     }
 }
 
-TEST(HeartbeatManager, StartAndStopFromManyThreads)
+TEST_F(Heartbeat, StartAndStopFromManyThreads)
 {
     HeartbeatManager heartbeat(1);
     heartbeat.setCallback([&] { heartbeat.updateTimestamp(); });
@@ -142,49 +178,54 @@ TEST(HeartbeatManager, StartAndStopFromManyThreads)
     EXPECT_FALSE(heartbeat.isRunning());
 }
 
-TEST(HeartbeatManager, SlowCallbackSkipsWakeUpsInsteadOfPilingThemUp)
+TEST_F(Heartbeat, SlowCallbackSkipsWakeUpsInsteadOfPilingThemUp)
 {
-    HeartbeatManager heartbeat(5);
-    std::atomic<int> calls{0};
-    std::vector<Clock::time_point> times(3);
-    heartbeat.setCallback([&] {
-        const int call = calls++;
-        if (call < 3)
-            times[static_cast<std::size_t>(call)] = Clock::now();
-        if (call == 0)
-            std::this_thread::sleep_for(42ms);
+    std::vector<std::chrono::milliseconds> times; // of the thread, until it is stopped
+    const auto heartbeat = make(5);
+    heartbeat->setCallback([&] {
+        times.push_back(clock->elapsed());
+        if (times.size() == 1)
+            clock->move(42ms);
     });
-    const auto started = Clock::now();
-    ASSERT_TRUE(heartbeat.start(0));
-    ASSERT_TRUE(tztest::waitFor([&] { return calls >= 3; }));
-    heartbeat.stop();
-    // The first call ended after 47 ms at the earliest: the wake-ups in between are gone, 50 and 55 ms follow.
-    EXPECT_GE(times[1] - started, 50ms);
-    EXPECT_GE(times[2] - started, 55ms);
+    ASSERT_TRUE(heartbeat->start(0));
+    ASSERT_TRUE(clock->advance(5ms)); // the first call ends at 47 ms: the wake-ups in between are gone
+    ASSERT_TRUE(clock->advance(3ms));
+    ASSERT_TRUE(clock->advance(5ms));
+    heartbeat->stop();
+    EXPECT_EQ(times, (std::vector{5ms, 50ms, 55ms}));
 }
 
-TEST(HeartbeatManager, IntervalOfZeroCountsAsOneMillisecond)
+TEST_F(Heartbeat, IntervalOfZeroCountsAsOneMillisecond)
 {
-    HeartbeatManager heartbeat(0);
-    std::atomic<int> calls{0};
+    const auto heartbeat = make(0);
+    ASSERT_TRUE(heartbeat->start(0));
+    for (int wakeUp = 1; wakeUp <= 10; ++wakeUp) {
+        ASSERT_TRUE(clock->advance(1ms));
+        EXPECT_EQ(calls, wakeUp);
+    }
+}
+
+TEST_F(Heartbeat, CallbackMayBeReplacedWhileRunning)
+{
+    int second = 0;
+    const auto heartbeat = make(1);
+    ASSERT_TRUE(heartbeat->start(0));
+    ASSERT_TRUE(clock->advance(1ms));
+    heartbeat->setCallback([&] { ++second; });
+    ASSERT_TRUE(clock->advance(1ms));
+    ASSERT_TRUE(clock->advance(1ms));
+    heartbeat->setCallback(nullptr);
+    ASSERT_TRUE(clock->advance(1ms));
+    EXPECT_EQ(calls, 1);
+    EXPECT_EQ(second, 2);
+}
+
+TEST_F(Heartbeat, LivesByTheSteadyClockUnlessToldOtherwise)
+{
+    HeartbeatManager heartbeat(10);
     heartbeat.setCallback([&] { ++calls; });
-    const auto started = Clock::now();
+    const auto started = std::chrono::steady_clock::now();
     ASSERT_TRUE(heartbeat.start(0));
-    ASSERT_TRUE(tztest::waitFor([&] { return calls >= 10; }));
-    EXPECT_GE(Clock::now() - started, 10ms);
-    heartbeat.stop();
-}
-
-TEST(HeartbeatManager, CallbackMayBeReplacedWhileRunning)
-{
-    HeartbeatManager heartbeat(1);
-    std::atomic<int> first{0};
-    std::atomic<int> second{0};
-    heartbeat.setCallback([&] { ++first; });
-    ASSERT_TRUE(heartbeat.start(0));
-    ASSERT_TRUE(tztest::waitFor([&] { return first > 0; }));
-    heartbeat.setCallback([&] { ++second; });
-    EXPECT_TRUE(tztest::waitFor([&] { return second > 2; }));
-    heartbeat.setCallback(nullptr);
-    heartbeat.stop();
+    ASSERT_TRUE(tztest::waitFor([&] { return calls >= 5; }));
+    EXPECT_GE(std::chrono::steady_clock::now() - started, 50ms); // never before its time
 }
