@@ -1,13 +1,20 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "app/TZBenchWindow.h"
 
+#include "app/DebugLogDialog.h"
+#include "app/TZVciTimeDialog.h"
 #include "app/TzBenchWindowHelper.h"
 #include "app/TzQuickButtonState.h"
+#include "app/TzVciVersionDialog.h"
+#include "app/VciBuildInfo.h"
+#include "common/ConfigManager.h"
 #include "common/Log.h"
+#include "common/ui/UiUtils.h"
 #include "ui_TZBenchWindow.h"
 #include "vci/TzVciDeviceManager.h"
 #include "vci/TzVciDeviceStore.h"
 #include "vci/TzVciTypes.h"
+#include "vci/ui/TzVciBusLoadView.h"
 #include "vci/ui/TzVciConfigDialog.h"
 
 #include <QCloseEvent>
@@ -18,8 +25,18 @@
 #include <utility>
 
 namespace {
+
 constexpr int allDevices = -1;
+
+/// Shows a tool window of which there is one, wherever it was left: hidden, minimised or behind the others.
+void bringToFront(QWidget *toolWindow)
+{
+    toolWindow->showNormal();
+    toolWindow->raise();
+    toolWindow->activateWindow();
 }
+
+} // namespace
 
 TZBenchWindow::TZBenchWindow(TzVciDeviceManager *manager, TzVciDeviceStore *store, TzVciDeviceScanner *scanner,
                              QWidget *parent)
@@ -113,6 +130,13 @@ void TZBenchWindow::on_actionNew_LIN_View_triggered()
     m_helper->newView(TzVciViewKind::lin, TzBenchWindowHelper::Request::ByUser);
 }
 
+void TZBenchWindow::on_actionBusLoad_View_triggered()
+{
+    if (!m_busLoadView)
+        m_busLoadView = new TzVciBusLoadView(m_manager, m_store, this);
+    bringToFront(m_busLoadView);
+}
+
 void TZBenchWindow::on_actionReset_View_triggered()
 {
     m_helper->tileViews();
@@ -123,9 +147,34 @@ void TZBenchWindow::on_actionClose_View_triggered()
     m_helper->closeViews();
 }
 
+void TZBenchWindow::on_actionSwitch_Test_triggered()
+{
+    Common::UiUtils::openHelpFile(QStringLiteral("doc/Switch_CAN.pdf"), nullptr);
+}
+
 void TZBenchWindow::on_actionDevice_Settings_triggered()
 {
     runDeviceSettings();
+}
+
+void TZBenchWindow::on_actionDisplayTime_Settings_triggered()
+{
+    TZVciTimeDialog dialog(m_manager, this);
+    dialog.exec();
+}
+
+void TZBenchWindow::on_actionDebugLog_Settings_triggered()
+{
+    DebugLogDialog dialog(&Common::ConfigManager::getInstance(), QString::fromLatin1(VciBuildInfo::programName),
+                          QString::fromLatin1(VciBuildInfo::programVersion), this);
+    dialog.exec();
+}
+
+void TZBenchWindow::on_actionDevice_Version_triggered()
+{
+    TzVciVersionDialog dialog(m_manager, m_store, QString::fromLatin1(VciBuildInfo::programName),
+                              QString::fromLatin1(VciBuildInfo::programVersion), this);
+    dialog.exec();
 }
 
 void TZBenchWindow::closeEvent(QCloseEvent *event)

@@ -8,6 +8,7 @@
 #include <memory>
 
 class TzBenchWindowHelper;
+class TzVciBusLoadView;
 class TzVciDeviceManager;
 class TzVciDeviceScanner;
 class TzVciDeviceStore;
@@ -46,9 +47,14 @@ private Q_SLOTS:
     void on_toolVCISettings_clicked();
     void on_actionNew_CAN_View_triggered();
     void on_actionNew_LIN_View_triggered();
+    void on_actionBusLoad_View_triggered();
     void on_actionReset_View_triggered();
     void on_actionClose_View_triggered();
+    void on_actionSwitch_Test_triggered();
     void on_actionDevice_Settings_triggered();
+    void on_actionDisplayTime_Settings_triggered();
+    void on_actionDebugLog_Settings_triggered();
+    void on_actionDevice_Version_triggered();
 
 private:
     void setUpToolRow();
@@ -65,6 +71,7 @@ private:
     TzVciDeviceScanner *m_scanner;
     std::unique_ptr<Ui::TZBenchWindow> m_ui;
     TzBenchWindowHelper *m_helper;
-    bool m_painted = false; // the window has been on the screen
-    bool m_ended = false;   // the close steps have been taken
+    TzVciBusLoadView *m_busLoadView = nullptr; // made when it is first asked for, then kept
+    bool m_painted = false;                    // the window has been on the screen
+    bool m_ended = false;                      // the close steps have been taken
 };

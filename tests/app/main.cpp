@@ -5,6 +5,7 @@
 #include "tests/app/TestClosing.h"
 #include "tests/app/TestProgram.h"
 #include "tests/app/TestTZBenchWindow.h"
+#include "tests/app/TestToolWindows.h"
 #include "tests/app/TestTzApplication.h"
 #include "tests/app/TestTzFrameDrain.h"
 #include "tests/app/TestTzStartup.h"
@@ -45,5 +46,6 @@ int main(int argc, char **argv)
     TzStartup::dressApplication(application);
     qRegisterMetaType<std::uint8_t>("std::uint8_t"); // for signal spies
     return runAll<TestTzViewTiler, TestTzYieldingSharedMutex, TestTzFrameDrain, TestTzApplication, TestTZBenchWindow,
-                  TestViewManagement, TestViewChannels, TestClosing, TestTzStartup, TestProgram>(argc, argv);
+                  TestToolWindows, TestViewManagement, TestViewChannels, TestClosing, TestTzStartup, TestProgram>(argc,
+                                                                                                                  argv);
 }

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "common/ui/UiUtils.h"
 
+#include "tests/support/DocumentOpener.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/MessageBoxDriver.h"
 #include "tests/support/QtTestMain.h"
 #include "tests/support/TempWorkDir.h"
 
-#include <QDesktopServices>
 #include <QDialogButtonBox>
 #include <QLineEdit>
 #include <QPointer>
@@ -15,7 +15,6 @@
 #include <QTextCodec>
 #include <QTextDocument>
 #include <QToolButton>
-#include <QUrl>
 
 using Common::UiUtils;
 
@@ -50,21 +49,6 @@ bool writeFile(const QString &path)
     QFile file(path);
     return file.open(QIODevice::WriteOnly);
 }
-
-// While it lives, keeps the document that the desktop would have opened.
-class DocumentOpener : public QObject
-{
-    Q_OBJECT
-public:
-    DocumentOpener() { QDesktopServices::setUrlHandler(QStringLiteral("file"), this, "open"); }
-    ~DocumentOpener() override { QDesktopServices::unsetUrlHandler(QStringLiteral("file")); }
-    QString openedFile() const { return QFileInfo(m_opened.toLocalFile()).canonicalFilePath(); }
-public Q_SLOTS:
-    void open(const QUrl &url) { m_opened = url; }
-
-private:
-    QUrl m_opened;
-};
 
 } // namespace
 
@@ -300,7 +284,7 @@ void TestUiUtils::documentIsOpened()
 {
     const tztest::TempWorkDir workDir;
     QVERIFY(writeFile(QStringLiteral("manual.pdf")));
-    const DocumentOpener opener;
+    const tztest::DocumentOpener opener;
     QString error;
     QVERIFY(UiUtils::openHelpFile(QStringLiteral("manual.pdf"), &error));
     QVERIFY(error.isEmpty());
@@ -325,7 +309,7 @@ void TestUiUtils::documentIsFoundBesideTheProgram()
     QVERIFY(QDir().mkpath(place));
     const auto removePlace = qScopeGuard([&] { QDir(place).removeRecursively(); });
     QVERIFY(writeFile(place + QStringLiteral("/manual.pdf")));
-    const DocumentOpener opener;
+    const tztest::DocumentOpener opener;
     const QString path = folder + QStringLiteral("/manual.pdf");
     QVERIFY(UiUtils::openHelpFile(path, nullptr));
     QCOMPARE(opener.openedFile(), QFileInfo(place + QStringLiteral("/manual.pdf")).canonicalFilePath());

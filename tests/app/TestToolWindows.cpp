@@ -1,0 +1,132 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "tests/app/TestToolWindows.h"
+
+#include "app/DebugLogDialog.h"
+#include "app/TZVciTimeDialog.h"
+#include "app/TzVciVersionDialog.h"
+#include "tests/app/AppFixture.h"
+#include "tests/support/DocumentOpener.h"
+#include "tests/support/MessageBoxDriver.h"
+#include "vci/ui/TzVciBusLoadView.h"
+
+#include <QComboBox>
+#include <QDialogButtonBox>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QtTest>
+
+void TestToolWindows::busLoadActionShowsOneWindowBesideTheMainWindow()
+{
+    tztest::AppFixture fixture;
+    QVERIFY(!fixture.window->findChild<TzVciBusLoadView *>()); // not before it is asked for
+    fixture.action("actionBusLoad_View").trigger();
+    fixture.action("actionBusLoad_View").trigger();
+    const auto views = fixture.window->findChildren<TzVciBusLoadView *>();
+    QCOMPARE(views.size(), 1);
+    QVERIFY(views.front()->isVisible() && views.front()->isWindow());
+    QVERIFY(!views.front()->isModal());
+    QCOMPARE(views.front()->parentWidget(), fixture.window.get());
+    QCOMPARE(fixture.area().subWindowList().size(), 0); // it is no traffic view
+}
+
+void TestToolWindows::busLoadWindowStaysWhenClosedAndComesBack()
+{
+    tztest::AppFixture fixture;
+    fixture.action("actionBusLoad_View").trigger();
+    const QPointer<TzVciBusLoadView> view = fixture.window->findChild<TzVciBusLoadView *>();
+    view->close();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    QVERIFY(view && !view->isVisible());
+    fixture.action("actionBusLoad_View").trigger();
+    QVERIFY(view->isVisible());
+    view->showMinimized();
+    fixture.action("actionBusLoad_View").trigger();
+    QVERIFY(view->isVisible() && !view->isMinimized());
+    QCOMPARE(fixture.window->findChildren<TzVciBusLoadView *>().size(), 1);
+}
+
+void TestToolWindows::busLoadWindowClosesWithTheProgram()
+{
+    tztest::AppFixture fixture(1);
+    QVERIFY(fixture.openAll(0, TzVciProtocolId::can, 0));
+    fixture.action("actionBusLoad_View").trigger();
+    const auto *view = fixture.window->findChild<TzVciBusLoadView *>();
+    tztest::MessageBoxDriver driver;
+    driver.expectBox(QMessageBox::Yes);
+    QVERIFY(fixture.window->close());
+    QVERIFY(driver.allMet());
+    QVERIFY(!view->isVisible());
+}
+
+void TestToolWindows::settingsActionsRunModalDialogs_data()
+{
+    QTest::addColumn<QString>("action");
+    QTest::addColumn<QString>("title");
+    QTest::newRow("time") << "actionDisplayTime_Settings"
+                          << "Device Time Settings";
+    QTest::newRow("log") << "actionDebugLog_Settings"
+                         << "Debug Log Settings";
+    QTest::newRow("version") << "actionDevice_Version"
+                             << "TZBench Version Information";
+}
+
+void TestToolWindows::settingsActionsRunModalDialogs()
+{
+    QFETCH(QString, action);
+    QFETCH(QString, title);
+    tztest::AppFixture fixture;
+    tztest::MessageBoxDriver driver;
+    QStringList titles;
+    bool allModal = true;
+    for (int round = 0; round < 2; ++round) {
+        driver.expectDialog([&](QDialog *dialog) {
+            titles.append(dialog->windowTitle());
+            allModal = allModal && dialog->isModal() && dialog->parentWidget() == fixture.window.get();
+            dialog->reject();
+        });
+        fixture.action(qPrintable(action)).trigger();
+        QVERIFY(driver.allMet());
+    }
+    QCOMPARE(titles, (QStringList{title, title}));
+    QVERIFY(allModal);
+    QVERIFY(fixture.window->findChildren<QDialog *>().isEmpty()); // nothing stays behind
+}
+
+void TestToolWindows::timeDialogWorksOnTheDevicesOfTheWindow()
+{
+    tztest::AppFixture fixture;
+    tztest::MessageBoxDriver driver;
+    driver.expectDialog([](QDialog *dialog) {
+        dialog->findChild<QRadioButton *>(QStringLiteral("radioMode4"))->click();
+        dialog->findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Ok)->click();
+    });
+    fixture.action("actionDisplayTime_Settings").trigger();
+    QVERIFY(driver.allMet());
+    QCOMPARE(fixture.manager.displayMode(), Common::TimestampDisplayMode::TimeOfDay);
+}
+
+void TestToolWindows::versionDialogKnowsTheDevicesOfTheWindow()
+{
+    tztest::AppFixture fixture(2);
+    tztest::MessageBoxDriver driver;
+    int devices = 0;
+    driver.expectDialog([&](QDialog *dialog) {
+        devices = dialog->findChild<QComboBox *>(QStringLiteral("comboDevice"))->count();
+        dialog->reject();
+    });
+    fixture.action("actionDevice_Version").trigger();
+    QCOMPARE(devices, 2);
+}
+
+void TestToolWindows::switchTestOpensItsGuide()
+{
+    tztest::AppFixture fixture;
+    QVERIFY(QDir().mkpath(QStringLiteral("doc")));
+    QFile guide(QStringLiteral("doc/Switch_CAN.pdf"));
+    QVERIFY(guide.open(QIODevice::WriteOnly));
+    const tztest::DocumentOpener opener;
+    fixture.action("actionSwitch_Test").trigger();
+    QCOMPARE(opener.openedFile(), QFileInfo(guide).canonicalFilePath());
+    QVERIFY(fixture.window->findChildren<QDialog *>().isEmpty()); // there is no window behind it
+}

@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QObject>
+
+/// How the main window opens its tool windows and settings dialogs.
+class TestToolWindows : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void busLoadActionShowsOneWindowBesideTheMainWindow();
+    void busLoadWindowStaysWhenClosedAndComesBack();
+    void busLoadWindowClosesWithTheProgram();
+    void settingsActionsRunModalDialogs_data();
+    void settingsActionsRunModalDialogs();
+    void timeDialogWorksOnTheDevicesOfTheWindow();
+    void versionDialogKnowsTheDevicesOfTheWindow();
+    void switchTestOpensItsGuide();
+};
