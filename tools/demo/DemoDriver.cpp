@@ -50,6 +50,7 @@ DemoDriver::DemoDriver(TZBenchWindow *window, TzVciDeviceStore *store, const QDi
     addDialogSteps();
     addAddDeviceSteps();
     addRecorderSteps();
+    addToolSteps();
     addClosingSteps();
     connect(&m_script, &DemoScript::failed, this, [this](const QString &step) {
         std::fprintf(stderr, "demo: \"%s\" did not come about\n", qPrintable(step));

@@ -36,11 +36,13 @@ private:
     void addDialogSteps();
     void addAddDeviceSteps();
     void addRecorderSteps();
+    void addToolSteps();
     void addClosingSteps();
 
     void addViewPicture(int index, const QSize &size, const QString &name,
                         const std::function<void(TzVciBaseViewWindow *)> &prepare);
     void addContextMenuPicture();
+    template <typename Dialog> void addDialogPicture(const char *action, const QString &name);
     void addRecorderPicture(int index, const QString &name, const QString &path);
 
     void clickChannel(const QString &name);
