@@ -265,11 +265,15 @@ void TestTzFrameDrain::closeWaitsForAStatusReport()
 {
     std::atomic<bool> entered{false};
     std::atomic<bool> left{false};
+    const TzFrameInlet *closing = nullptr;
     TzFrameInlet inlet([&](int, std::uint8_t) {
         entered.store(true);
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        (void)tztest::waitBlocking([&] { return closing->isClosed(); }); // close() is under way
+        for (int i = 0; i < 100; ++i)
+            std::this_thread::yield(); // one that does not wait would be over by now
         left.store(true);
     });
+    closing = &inlet;
     std::thread reporter([&] { inlet.reportStatus(0, VciStatus::deviceOpened); });
     QVERIFY(tztest::waitFor([&] { return entered.load(); }));
     inlet.close();

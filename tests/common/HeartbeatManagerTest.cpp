@@ -120,7 +120,7 @@ TEST_F(Heartbeat, StopWaitsForTheCallback)
     const auto heartbeat = make(1);
     heartbeat->setCallback([&] {
         inside = true;
-        EXPECT_TRUE(tztest::waitFor([&] { return !heartbeat->isRunning(); })); // stop() is under way
+        EXPECT_TRUE(tztest::waitBlocking([&] { return !heartbeat->isRunning(); })); // stop() is under way
         for (int i = 0; i < 100; ++i)
             std::this_thread::yield(); // a stop() that does not wait would be over by now
         left = true;

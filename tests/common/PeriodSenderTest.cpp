@@ -2,6 +2,7 @@
 #include "common/PeriodSender.h"
 
 #include "common/EmergencyStop.h"
+#include "common/HeartbeatManager.h"
 #include "common/Log.h"
 #include "common/Utils.h"
 #include "tests/common/FrameCounter.h"
@@ -47,11 +48,19 @@ class PeriodSenderTest : public testing::Test
 protected:
     PeriodSenderTest() { sender.setSendCallback(receiver.callback()); }
 
-    // What must not go on is given the time in which it would.
+    // What must not go on is given the time in which it would: another timer of 1 ms fires many times.
+    static void letTimersFire()
+    {
+        std::atomic<int> calls{0};
+        Common::HeartbeatManager other(1);
+        other.setCallback([&] { ++calls; });
+        ASSERT_TRUE(other.start(0));
+        ASSERT_TRUE(tztest::waitFor([&] { return calls >= 20; }));
+    }
     void expectSilence(char letter)
     {
         const auto before = receiver.count(letter);
-        std::this_thread::sleep_for(30ms);
+        letTimersFire();
         EXPECT_EQ(receiver.count(letter), before) << letter;
     }
 
@@ -214,7 +223,9 @@ TEST_F(PeriodSenderTest, ClearWaitsForTheCallbackThatIsRunning)
         sender.clear();
         cleared = true;
     });
-    std::this_thread::sleep_for(20ms); // the time in which a clear() that does not wait would return
+    // The frame is gone from the schedule: clear() is under way, and one that does not wait would return by now.
+    EXPECT_TRUE(tztest::waitFor([&] { return !sender.updateData(frame('a', 1).key, {'x'}); }));
+    letTimersFire();
     EXPECT_FALSE(cleared.load());
     release = true;
     release.notify_all();
@@ -255,7 +266,7 @@ TEST_F(PeriodSenderTest, CallbackMayChangeTheSchedule)
     ASSERT_TRUE(tztest::waitFor([&] { return calls >= 2; }));
     sender.clear();
     const int before = calls;
-    std::this_thread::sleep_for(20ms);
+    letTimersFire();
     EXPECT_EQ(calls.load(), before);
 }
 
@@ -312,8 +323,7 @@ TEST_F(PeriodSenderTest, EmergencyStopSilencesTheSender)
     ASSERT_EQ(sender.addFrame(frame('a', 1)), PeriodSender::Ok);
     ASSERT_TRUE(tztest::waitFor([&] { return receiver.count('a') > 0; }));
     Common::EmergencyStop::fire();
-    sender.updateData(0, {}); // no more than a visit; a callback may be on its way when the flag is set
-    std::this_thread::sleep_for(5ms);
+    letTimersFire(); // a callback may be on its way when the flag is set
     expectSilence('a');
     EXPECT_EQ(sender.addFrame(frame('b', 1)), PeriodSender::Ok);
     expectSilence('b');
@@ -352,7 +362,7 @@ TEST_F(PeriodSenderTest, DestructorEndsTheCallbacks)
         ASSERT_TRUE(tztest::waitFor([&] { return calls > 0; }));
     }
     const int before = calls;
-    std::this_thread::sleep_for(20ms);
+    letTimersFire();
     EXPECT_EQ(calls.load(), before);
 }
 

@@ -150,9 +150,13 @@ TEST_F(UDPClientTest, BuffersGoRoundWithoutEnd)
 
 TEST_F(UDPClientTest, NothingIsReceivedOrSentAfterStop)
 {
+    const tztest::LogCapture log;
+    config.bufferCount = 1;
     startClient();
-    sendToClient("waits");
-    std::this_thread::sleep_for(20ms); // let it arrive: stop() must drop it
+    sendToClient("waits"); // stop() must drop it
+    sendToClient("too many");
+    EXPECT_TRUE(tztest::waitFor( // which tells that the first one has arrived
+        [&] { return log.countContaining(Common::LogLevel::warning, "datagrams dropped") > 0; }));
     client.stop();
     UDPClient::DataBufferPtr buffer;
     EXPECT_FALSE(client.receive(buffer));

@@ -25,4 +25,17 @@ template <typename Condition>
     return true;
 }
 
+/// The same without the event loop: for threads of a test's own, and for what has to happen before the loop turns.
+template <typename Condition>
+[[nodiscard]] bool waitBlocking(Condition condition, std::chrono::milliseconds limit = std::chrono::seconds(20))
+{
+    const auto end = std::chrono::steady_clock::now() + limit;
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > end)
+            return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return true;
+}
+
 } // namespace tztest

@@ -312,9 +312,7 @@ TEST_F(DeviceChannel, BoxThatVanishesInTheMiddleOfOpening)
             gone = true;
     });
     std::jthread remover([&] {
-        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-        while (!gone && std::chrono::steady_clock::now() < end)
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        EXPECT_TRUE(tztest::waitBlocking([&] { return gone.load(); }));
         box.vanish();
     });
     EXPECT_EQ(device->openChannel(1, -1), TzVciResult::openChannelRefused);

@@ -28,14 +28,6 @@ constexpr int endlessScanMs = 600'000;
 class DeviceScanner : public testing::Test
 {
 protected:
-    // Waits for a condition without running the event loop.
-    template <typename Condition> static bool waitBlocking(Condition condition)
-    {
-        const auto end = std::chrono::steady_clock::now() + 20s;
-        while (!condition() && std::chrono::steady_clock::now() < end)
-            std::this_thread::sleep_for(1ms);
-        return condition();
-    }
     std::string interfaceIp() const { return network.prefix + ".1"; }
 
     LogCapture log;
@@ -162,7 +154,7 @@ TEST_F(DeviceScanner, ScanThatIsGivenUpMakesRoomForTheNext)
 TEST_F(DeviceScanner, CancelEndsAScanOnAnotherThread)
 {
     std::jthread other([&] { EXPECT_FALSE(scanner.scan(endlessScanMs)); });
-    ASSERT_TRUE(waitBlocking([&] { return scanner.isScanning(); }));
+    ASSERT_TRUE(tztest::waitBlocking([&] { return scanner.isScanning(); }));
     scanner.cancel();
     other.join();
     EXPECT_FALSE(scanner.isScanning());

@@ -29,10 +29,7 @@ struct Wire
     }
     bool waitForCount(std::size_t count) const
     {
-        const auto end = std::chrono::steady_clock::now() + 20s;
-        while (sent.size() < count && std::chrono::steady_clock::now() < end)
-            std::this_thread::sleep_for(1ms);
-        return sent.size() >= count;
+        return tztest::waitBlocking([this, count] { return sent.size() >= count; });
     }
 };
 
