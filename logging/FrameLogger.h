@@ -60,6 +60,8 @@ public:
     bool addMessage(const TzVciMessage &message) { return addMessages({&message, 1}); }
     /// Hands frames over in their order; otherwise as addMessage().
     bool addMessages(std::span<const TzVciMessage> messages);
+    /// Frames handed over that the flush thread has not taken yet. Any thread.
+    std::int64_t waitingRecords() const noexcept { return m_queued.load(std::memory_order_relaxed); }
 
 protected:
     /// What the recorders say differently.

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // What a link sends, and that its steady state allocates nothing.
-#include "tests/vci/AllocationCounter.h"
+#include "tests/support/AllocationCounter.h"
 #include "tests/vci/Hex.h"
 #include "tests/vci/LinkFixture.h"
 #include "tests/vci/WireFrames.h"

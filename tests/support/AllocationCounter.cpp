@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-#include "tests/vci/AllocationCounter.h"
+#include "tests/support/AllocationCounter.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <new>
 
 namespace {
 
 thread_local std::size_t allocations = 0;
+std::atomic<std::size_t> allAllocations{0};
 
 } // namespace
 
@@ -15,10 +17,16 @@ std::size_t tztest::allocationsOfThisThread() noexcept
     return allocations;
 }
 
+std::size_t tztest::allocationsOfAllThreads() noexcept
+{
+    return allAllocations.load();
+}
+
 // The other forms of the standard library come down to these.
 void *operator new(std::size_t size)
 {
     ++allocations;
+    allAllocations.fetch_add(1, std::memory_order_relaxed);
     if (void *memory = std::malloc(size == 0 ? 1 : size))
         return memory;
     throw std::bad_alloc();
