@@ -64,6 +64,7 @@ QGroupBox *TZVciTimeDialog::makeModeGroup()
 
 QGroupBox *TZVciTimeDialog::makePrecisionGroup()
 {
+    m_factorCombo->setSizeAdjustPolicy(QComboBox::AdjustToContents);
     m_factorCombo->addItem(tr("Seconds (1.0)"), 1.0);
     m_factorCombo->addItem(tr("Milliseconds (1000.0)"), 1000.0);
     m_factorCombo->addItem(tr("Microseconds (1000000.0)"), 1000000.0);
@@ -114,7 +115,7 @@ void TZVciTimeDialog::buildLayout()
     layout->addWidget(makePrecisionGroup());
     layout->addStretch(1);
     layout->addLayout(bottom);
-    setMinimumWidth(400);
+    setMinimumWidth(424);
 
     QWidgetList order;
     for (QAbstractButton *mode : m_modeButtons->buttons())

@@ -61,7 +61,7 @@ TzVciVersionDialog::TzVciVersionDialog(TzVciDeviceManager *manager, TzVciDeviceS
     layout->addWidget(makeHardwareGroup());
     layout->addWidget(makeHelpGroup());
     layout->addStretch(1);
-    setMinimumWidth(440);
+    setMinimumWidth(464);
     m_updateButton->setFocus();
     setTabOrder(m_updateButton, m_deviceCombo);
     setTabOrder(m_deviceCombo, m_queryButton);

@@ -88,8 +88,10 @@ QGroupBox *TzVciBusLoadView::makeLoadGroup()
     counters->setVerticalSpacing(4);
     counters->addRow(tr("PC TX / RX:"), m_pcLabel);
     counters->addRow(tr("Device RX / Tx:"), m_deviceLabel);
-    for (QLabel *label : {m_pcLabel, m_deviceLabel})
+    for (QLabel *label : {m_pcLabel, m_deviceLabel}) {
         label->setTextInteractionFlags(Qt::TextSelectableByMouse);
+        label->setWordWrap(true); // the counters of a weekend are long
+    }
 
     auto *layout = new QVBoxLayout(group);
     layout->setContentsMargins(8, 8, 8, 8);

@@ -16,7 +16,8 @@ class TzVciDeviceStore;
 /// thread.
 ///
 /// The list holds the devices that had an open CAN channel when it was filled: at the start, when the window is shown
-/// again and at "Refresh Devices". The device is looked up anew at every update, so it may close or die at any time.
+/// again and at "Refresh Devices". A device that opens meanwhile is not added, one that closes shows as empty. The
+/// device is looked up anew at every update, so it may close or die at any time.
 class TzVciBusLoadView : public QDialog
 {
     Q_OBJECT
