@@ -3,14 +3,12 @@
 
 #include "common/ui/WorkbenchStyle.h"
 #include "tests/support/LogCapture.h"
-#include "tests/support/QtTestMain.h"
 #include "tests/support/WaitFor.h"
 #include "tests/vci/ui/IconCompare.h"
 #include "vci/TzVciByteOrder.h"
 #include "vci/TzVciDeviceBusLoad.h"
 #include "vci/TzVciProtocol.h"
 #include "vci/TzVciTypes.h"
-#include "vci/ui/TzVciBusLoadTable.h"
 
 #include <QApplication>
 #include <QGroupBox>
@@ -18,12 +16,10 @@
 #include <QLabel>
 #include <QListWidget>
 #include <QPushButton>
-#include <QScrollBar>
 #include <QTimer>
 #include <QtTest>
 
 #include <atomic>
-#include <numeric>
 #include <thread>
 
 using namespace std::chrono_literals;
@@ -32,14 +28,6 @@ namespace {
 
 constexpr std::uint8_t can = TzVciProtocolId::can;
 const QString noCounters = QStringLiteral("- / -");
-
-std::vector<TzVciBusLoadSummary::Row> rowsOf(const std::vector<int> &channels, const QString &messages)
-{
-    std::vector<TzVciBusLoadSummary::Row> rows;
-    for (const int channel : channels)
-        rows.push_back({channel, QStringLiteral("CAN%1").arg(channel + 1), messages, "0.00%", "0.0 ms"});
-    return rows;
-}
 
 } // namespace
 
@@ -364,36 +352,6 @@ void TestBusLoadView::clockShowsDateAndTime()
     QVERIFY(tztest::waitFor([&] { return clock->text() != before; }));
 }
 
-void TestBusLoadView::tableKeepsSelectionAndScrollPosition()
-{
-    TzVciBusLoadTable table;
-    table.resize(300, 120);
-    table.show();
-    std::vector<int> channels(30);
-    std::iota(channels.begin(), channels.end(), 0);
-    table.showRows(rowsOf(channels, QStringLiteral("1")));
-    QCOMPARE(table.rowCount(), 30);
-    table.selectRow(20);
-    table.verticalScrollBar()->setValue(table.verticalScrollBar()->maximum());
-    const int scrolled = table.verticalScrollBar()->value();
-    QVERIFY(scrolled > 0);
-
-    table.showRows(rowsOf(channels, QStringLiteral("2")));
-    QCOMPARE(table.item(29, TzVciBusLoadTable::MessagesColumn)->text(), QStringLiteral("2"));
-    QCOMPARE(table.currentRow(), 20);
-    QCOMPARE(table.verticalScrollBar()->value(), scrolled);
-
-    channels.erase(channels.begin() + 3); // the selection stays with its channel
-    table.showRows(rowsOf(channels, QStringLiteral("3")));
-    QCOMPARE(table.rowCount(), 29);
-    QCOMPARE(table.selectedItems().front()->text(), QStringLiteral("CAN21"));
-    channels.insert(channels.begin() + 3, 3);
-    table.showRows(rowsOf(channels, QStringLiteral("4")));
-    QCOMPARE(table.selectedItems().front()->text(), QStringLiteral("CAN21"));
-    table.showRows({});
-    QCOMPARE(table.rowCount(), 0);
-}
-
 void TestBusLoadView::tabReachesListButtonAndTable()
 {
     makeView();
@@ -405,5 +363,3 @@ void TestBusLoadView::tabReachesListButtonAndTable()
     QTest::keyClick(m_view.get(), Qt::Key_Tab);
     QCOMPARE(m_view->focusWidget(), m_table);
 }
-
-TZ_QTEST_MAIN(TestBusLoadView)

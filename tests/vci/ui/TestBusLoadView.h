@@ -16,7 +16,7 @@ class QListWidget;
 class QPushButton;
 class QTableWidget;
 
-/// The bus load window with simulated boxes behind it, and the table by itself.
+/// The bus load window with simulated boxes behind it.
 class TestBusLoadView : public QObject
 {
     Q_OBJECT
@@ -39,7 +39,6 @@ private Q_SLOTS:
     void devicesMayCloseUnderTheUpdates();
     void aHiddenWindowDoesNoWorkAndListsAnewWhenShown();
     void clockShowsDateAndTime();
-    void tableKeepsSelectionAndScrollPosition();
     void tabReachesListButtonAndTable();
 
 private:
