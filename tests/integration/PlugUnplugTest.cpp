@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
-// Boxes that are opened and closed a thousand times with the main window, its views and further subscribers on them,
-// under full load and error frames, half of the times with the box gone before it is closed.
+// Boxes that are opened and closed a thousand times with the main window, its views, their recorders and further
+// subscribers on them, under full load and error frames, half of the times with the box gone before it is closed.
 #include "common/Log.h"
+#include "logging/ui/LoggerWindow.h"
 #include "tests/app/AppFixture.h"
 #include "tests/integration/PlugProbe.h"
 #include "tests/support/ProcessFigures.h"
@@ -14,6 +15,8 @@
 #include <gtest/gtest.h>
 
 #include <QCoreApplication>
+#include <QFileInfo>
+#include <QLineEdit>
 
 #include <algorithm>
 #include <malloc.h>
@@ -129,7 +132,9 @@ protected:
     void runRound(int round);
     void settle();
     void expectQuiet();
-    std::vector<TzRawViewModel *> models() const;
+    std::vector<TzRawViewWindow *> views() const;
+    void startRecorders();
+    void stopRecorders();
     void letViewsCatchUp();
     void letViewsFallBehind();
 
@@ -229,12 +234,32 @@ void PlugUnplug::settle()
     }
 }
 
-std::vector<TzRawViewModel *> PlugUnplug::models() const
+std::vector<TzRawViewWindow *> PlugUnplug::views() const
 {
-    std::vector<TzRawViewModel *> result;
+    std::vector<TzRawViewWindow *> result;
     for (TzVciBaseViewWindow *view : app.window->helper()->views().views())
-        result.push_back(dynamic_cast<TzRawViewWindow &>(*view).model());
+        result.push_back(&dynamic_cast<TzRawViewWindow &>(*view));
     return result;
+}
+
+// All views, each into files that the next round overwrites.
+void PlugUnplug::startRecorders()
+{
+    for (TzRawViewWindow *view : views()) {
+        const QString path = QStringLiteral("logs/%1.asc").arg(view->windowTitle());
+        view->logger()->findChild<QLineEdit *>(QStringLiteral("lineEditPath"))->setText(path);
+        view->logger()->startRecording();
+        EXPECT_TRUE(view->logger()->isRecording());
+    }
+}
+
+void PlugUnplug::stopRecorders()
+{
+    for (TzRawViewWindow *view : views()) {
+        view->stopRecording();
+        EXPECT_FALSE(view->logger()->isRecording());
+        EXPECT_GT(QFileInfo(QStringLiteral("logs/%1.asc").arg(view->windowTitle())).size(), 0);
+    }
 }
 
 // What 20 ms ticks would do were the UI thread not busy with opening and closing: more frames come than they could
@@ -242,9 +267,9 @@ std::vector<TzRawViewModel *> PlugUnplug::models() const
 void PlugUnplug::letViewsCatchUp()
 {
     QCoreApplication::processEvents();
-    for (TzRawViewModel *model : models()) {
+    for (const TzRawViewWindow *view : views()) {
         for (std::size_t moved = 0; moved < TzRawViewModel::maxWaiting; moved += TzRawViewModel::batchCapacity)
-            model->updateData();
+            view->model()->updateData();
     }
 }
 
@@ -261,11 +286,13 @@ void PlugUnplug::letViewsFallBehind()
 void PlugUnplug::runRound(int round)
 {
     watchdog.step("round " + std::to_string(round));
+    startRecorders();
     ASSERT_NO_FATAL_FAILURE(openAllBoxes());
     if (round == 0)
         letViewsFallBehind();
     closeBoxes(endingOf(round));
     settle();
+    stopRecorders();
     expectQuiet();
     oldProbes.swap(probes);
 }
