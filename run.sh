@@ -10,7 +10,7 @@ cd "$(dirname "$(readlink -f "$0")")" || exit 1
 
 # shellcheck disable=SC2086
 tz_install $tz_build_packages $tz_run_packages
-tz_build release tzbench tzvci-sim tz_demo
+tz_build release tzbench tzvci-sim tz_demo manual
 bin=$PWD/build/release/bin
 
 if [ "${1:-}" = --real ]; then
