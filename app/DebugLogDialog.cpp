@@ -159,10 +159,14 @@ void DebugLogDialog::showSettings()
 
 void DebugLogDialog::browse()
 {
-    const QString folder =
-        QFileDialog::getExistingDirectory(this, tr("Select Log Directory"), nearestFolder(m_pathEdit->text()));
+    const QString folder = chooseFolder();
     if (!folder.isEmpty())
         m_pathEdit->setText(folder + QStringLiteral("/%1.log").arg(m_programName));
+}
+
+QString DebugLogDialog::chooseFolder()
+{
+    return QFileDialog::getExistingDirectory(this, tr("Select Log Directory"), nearestFolder(m_pathEdit->text()));
 }
 
 void DebugLogDialog::accept()

@@ -36,6 +36,7 @@ private:
     void storeSettings();
     void restartLog();
     void browse();
+    QString chooseFolder();
 
     Common::ConfigManager *const m_config;
     const QString m_programName;
