@@ -1,0 +1,128 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+// The ends that a recording may come to while frames arrive: what was written so far is whole.
+#include "logging/ui/LoggerWindow.h"
+#include "tests/logging/readback/RecorderStack.h"
+#include "tests/support/LogCapture.h"
+#include "vci/TzVciFrameEncoder.h"
+#include "views/ui/TzRawViewWindow.h"
+
+#include <QPointer>
+
+using namespace tztest;
+
+class RecordingEnd : public RecorderStack
+{
+protected:
+    static constexpr std::uint64_t someFrames = 500;
+
+    /// A load on channel 0 of box 0, whose frames carry their number, and an ASC and a CSV recording of it.
+    void recordLoad()
+    {
+        record(RecordFamily::Can, RecordFormat::Asc, QStringLiteral("run.asc"));
+        record(RecordFamily::Can, RecordFormat::Csv, QStringLiteral("run.csv"));
+        app.simulator.box(0).startLoad({.framesPerSecond = 5000});
+        ASSERT_TRUE(allArrived(RecordFamily::Can, someFrames));
+    }
+    /// The frames of all files: counted without a gap from the first one, which the recorder got as it began.
+    std::size_t verifyUnbroken()
+    {
+        std::size_t least = ~std::size_t{0};
+        for (const Recorder &recorder : recorders) {
+            SCOPED_TRACE(recorder.path.toStdString());
+            const FramesByChannel read = readBack(recorder, 1);
+            EXPECT_EQ(read.size(), 1U);
+            const auto &frames = read.at({0, 0});
+            for (std::size_t i = 0; i < frames.size(); ++i) {
+                if (numberOf(frames[i]) != i) {
+                    ADD_FAILURE() << "frame " << i << ": " << frames[i];
+                    break;
+                }
+            }
+            least = std::min(least, frames.size());
+        }
+        return least;
+    }
+
+    LogCapture log;
+
+private:
+    static std::uint32_t numberOf(const RecordedFrame &frame)
+    {
+        std::uint32_t number = 0;
+        for (std::size_t i = 0; i < 4 && i < frame.data.size(); ++i)
+            number |= std::uint32_t{frame.data[i]} << (8 * i);
+        return number;
+    }
+};
+
+TEST_F(RecordingEnd, ViewClosedWhileRecording)
+{
+    recordLoad();
+    for (const std::size_t view : {recorders[1].view, recorders[0].view}) {
+        const QPointer<TzVciBaseViewWindow> window(app.helper().views().views().at(view));
+        ASSERT_TRUE(window->close());
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        EXPECT_TRUE(window.isNull());
+    }
+    EXPECT_GE(verifyUnbroken(), someFrames);
+    EXPECT_EQ(log.count(1, "CAN logger recording stopped"), 2U);
+}
+
+TEST_F(RecordingEnd, RecorderWindowClosedWhileRecording)
+{
+    recordLoad();
+    for (const Recorder &recorder : recorders) {
+        recorder.window->showNormal();
+        EXPECT_FALSE(recorder.window->close());
+        auto *question = recorder.window->findChild<QMessageBox *>();
+        ASSERT_TRUE(question);
+        question->button(QMessageBox::Yes)->click();
+        EXPECT_FALSE(recorder.window->isVisible());
+        EXPECT_FALSE(recorder.window->isRecording());
+    }
+    const std::uint64_t shown = app.countersOf(0).total;
+    EXPECT_TRUE(allArrived(RecordFamily::Can, shown + someFrames)); // the views go on
+    EXPECT_GE(verifyUnbroken(), someFrames);
+}
+
+TEST_F(RecordingEnd, MainWindowClosedWhileRecording)
+{
+    recordLoad();
+    app.window->closeWithoutQuestion();
+    EXPECT_GE(verifyUnbroken(), someFrames);
+}
+
+// A recording outlives the device: it waits for what comes, and is whole when it is stopped.
+TEST_F(RecordingEnd, DeviceLostWhileRecording)
+{
+    recordLoad();
+    app.simulator.box(0).vanish();
+    EXPECT_TRUE(waitFor([&] { // the system answers the next datagram with an error
+        if (const auto device = app.manager.getDevice(0))
+            device->send(encodeCanFrame(0, {}));
+        return !app.store.isDeviceOpen(0);
+    }));
+    for (const Recorder &recorder : recorders)
+        EXPECT_TRUE(recorder.window->isRecording());
+    const std::uint64_t counted = app.countersOf(0).total;
+    stopAll();
+    EXPECT_EQ(verifyUnbroken(), counted); // whatever had come is there
+}
+
+TEST_F(RecordingEnd, DeviceComesBackIntoTheSameRecording)
+{
+    record(RecordFamily::Can, RecordFormat::Asc, QStringLiteral("run.asc"));
+    const std::array<std::uint8_t, 1> data{1};
+    app.simulator.box(0).injectCan(0, tzsim::CanFrame::make(0x111, data));
+    ASSERT_TRUE(allArrived(RecordFamily::Can, 1));
+    ASSERT_EQ(app.manager.closeDevice(0), 0);
+    ASSERT_TRUE(app.openAll(0, TzVciProtocolId::can, 0));
+    app.simulator.box(0).injectCan(0, tzsim::CanFrame::make(0x222, data));
+    ASSERT_TRUE(allArrived(RecordFamily::Can, 2));
+    stopAll();
+    const RecordedFile file = readRecording(QStringLiteral("run.asc"), RecordFamily::Can, RecordFormat::Asc);
+    EXPECT_TRUE(file.problems.empty());
+    ASSERT_EQ(file.frames.size(), 2U);
+    EXPECT_EQ(file.frames[0].id, 0x111U);
+    EXPECT_EQ(file.frames[1].id, 0x222U);
+}
