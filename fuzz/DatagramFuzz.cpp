@@ -1,23 +1,16 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Any datagram that a device, or somebody who claims to be one, may send.
-#include "common/Log.h"
+#include "fuzz/FuzzSupport.h"
 #include "vci/TzVciDatagramParser.h"
 #include "vci/TzVciDeviceBusLoad.h"
 #include "vci/TzVciProtocol.h"
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <vector>
 
 namespace {
-
-void require(bool condition)
-{
-    if (!condition)
-        std::abort();
-}
 
 // What was delivered and what was left over never exceed the datagram, and every record reads back as it stood there.
 void checkParser(std::span<const std::uint8_t> datagram)
@@ -59,8 +52,7 @@ void checkBusLoad(std::span<const std::uint8_t> datagram)
 
 extern "C" int LLVMFuzzerInitialize(int *, char ***)
 {
-    Common::logInit("", Common::LogLevel::none, 1, 1); // reports that are too short would fill the screen
-    Common::logStart(true);
+    silenceLog();
     return 0;
 }
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Any datagram that may come back on a discovery broadcast, and any sender's address.
-#include "common/Log.h"
+#include "fuzz/FuzzSupport.h"
 #include "vci/TzVciDeviceStore.h"
 #include "vci/TzVciDiscovery.h"
 
@@ -8,16 +8,9 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <vector>
 
 namespace {
-
-void require(bool condition)
-{
-    if (!condition)
-        std::abort();
-}
 
 // The counts must stand in the datagram: a number above 0 comes from a record with the family's key.
 void checkReply(const std::vector<std::uint8_t> &datagram)
@@ -56,8 +49,7 @@ void checkAddress(const std::vector<std::uint8_t> &text)
 
 extern "C" int LLVMFuzzerInitialize(int *, char ***)
 {
-    Common::logInit("", Common::LogLevel::none, 1, 1); // the lines about bad addresses are not looked at
-    Common::logStart(true);
+    silenceLog();
     return 0;
 }
 

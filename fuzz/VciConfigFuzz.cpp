@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Any file in the place of the saved device settings.
+#include "fuzz/FuzzSupport.h"
 #include "vci/TzVciConfigFile.h"
 #include "vci/TzVciDeviceConfig.h"
 
@@ -10,15 +11,8 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 
 namespace {
-
-void require(bool condition)
-{
-    if (!condition)
-        std::abort();
-}
 
 void checkRecord(const TzVciDeviceConfig &config)
 {

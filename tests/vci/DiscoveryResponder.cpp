@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tests/vci/DiscoveryResponder.h"
 
-#include <gtest/gtest.h>
+#include "tests/vci/BoundSocket.h"
 
 #include <array>
 #include <cstring>
@@ -13,28 +13,10 @@
 
 namespace tztest {
 
-namespace {
-
-int boundSocket(const std::string &ip, std::uint16_t port)
-{
-    const int handle = ::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-    const timeval timeout{0, 10'000};
-    ::setsockopt(handle, SOL_SOCKET, SO_RCVTIMEO, &timeout, sizeof(timeout));
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(port);
-    ::inet_pton(AF_INET, ip.c_str(), &address.sin_addr);
-    if (::bind(handle, reinterpret_cast<const sockaddr *>(&address), sizeof(address)) != 0)
-        ADD_FAILURE() << "no socket at " << ip << ":" << port << ": " << std::strerror(errno);
-    return handle;
-}
-
-} // namespace
-
 DiscoveryResponder::DiscoveryResponder(const TzVciNetwork &network, std::vector<Box> boxes)
     : m_network(network)
     , m_boxes(std::move(boxes))
-    , m_socket(boundSocket(network.broadcast, network.discoveryPort))
+    , m_socket(openBoundSocket(network.broadcast, network.discoveryPort))
     , m_thread([this] { run(); })
 {
 }
@@ -51,10 +33,8 @@ void DiscoveryResponder::run()
     std::array<std::uint8_t, 2048> buffer{};
     while (!m_stopping) {
         sockaddr_in sender{};
-        socklen_t senderSize = sizeof(sender);
-        const ssize_t size =
-            ::recvfrom(m_socket, buffer.data(), buffer.size(), 0, reinterpret_cast<sockaddr *>(&sender), &senderSize);
-        if (size <= 0)
+        const std::size_t size = receiveFrom(m_socket, buffer, sender);
+        if (size == 0)
             continue;
         for (const Box &box : m_boxes) {
             const std::array<std::uint8_t, 19> reply{0xAA,
@@ -76,12 +56,13 @@ void DiscoveryResponder::run()
                                                      static_cast<std::uint8_t>(box.linChannels),
                                                      static_cast<std::uint8_t>(box.linChannels >> 8),
                                                      0xFF};
-            const int handle = boundSocket(m_network.deviceAddress(box.index), 0);
-            ::sendto(handle, reply.data(), reply.size(), 0, reinterpret_cast<const sockaddr *>(&sender), senderSize);
+            const int handle = openBoundSocket(m_network.deviceAddress(box.index), 0);
+            ::sendto(handle, reply.data(), reply.size(), 0, reinterpret_cast<const sockaddr *>(&sender),
+                     sizeof(sender));
             ::close(handle);
         }
         const std::lock_guard lock(m_mutex);
-        m_requests.emplace_back(buffer.begin(), buffer.begin() + size);
+        m_requests.emplace_back(buffer.begin(), buffer.begin() + static_cast<std::ptrdiff_t>(size));
     }
 }
 

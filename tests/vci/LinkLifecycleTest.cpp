@@ -25,6 +25,22 @@ class LinkLifecycle : public tztest::LinkFixture
 {
 protected:
     std::string line(const char *text) const { return text + m_peer.ip(); }
+    static void armChannel(int slot)
+    {
+        const QByteArray close = encodeProtocolData(makeCloseChannel(TzVciProtocolId::can, 2));
+        Common::EmergencyStop::arm(slot, TzVciProtocolId::can, 2,
+                                   {close.constData(), static_cast<std::size_t>(close.size())});
+    }
+    // The armed datagram reaches the peer, and the end of the link gives the slot back.
+    void expectEmergencyStop(tztest::PlainPeer &peer)
+    {
+        Common::EmergencyStop::fire();
+        const auto datagram = peer.receive();
+        EXPECT_EQ(tztest::hexOf(datagram.value_or(std::vector<std::uint8_t>())), "AA 55 01 20 02 00 00 00 00");
+        m_link.disconnect();
+        EXPECT_EQ(m_link.emergencySlot(), -1);
+        Common::EmergencyStop::reset();
+    }
 };
 
 // While it lives the process can open no further file or socket.
@@ -268,22 +284,14 @@ TEST_F(LinkLifecycle, AReconnectionKeepsTheArmedChannels)
     again.autoReconnect = true;
     connectLink(again);
     const int slot = m_link.emergencySlot();
-    const QByteArray close = encodeProtocolData(makeCloseChannel(TzVciProtocolId::can, 2));
-    Common::EmergencyStop::arm(slot, TzVciProtocolId::can, 2,
-                               {close.constData(), static_cast<std::size_t>(close.size())});
+    armChannel(slot);
     m_peer.close();
     ASSERT_EQ(m_link.send(QByteArrayLiteral("x")), 0);
     ASSERT_TRUE(waitForLine(1, line("Reconnected to server: ")));
     EXPECT_EQ(m_link.emergencySlot(), slot);
 
     tztest::PlainPeer returned(m_peer.port());
-    Common::EmergencyStop::fire();
-    const auto datagram = returned.receive();
-    ASSERT_TRUE(datagram.has_value());
-    EXPECT_EQ(tztest::hexOf(*datagram), "AA 55 01 20 02 00 00 00 00");
-    m_link.disconnect();
-    EXPECT_EQ(m_link.emergencySlot(), -1);
-    Common::EmergencyStop::reset();
+    expectEmergencyStop(returned);
 }
 
 // The reconnecting thread is held with its new socket in hand while the link is ended.
@@ -355,16 +363,8 @@ TEST_F(LinkLifecycle, TheSocketIsRegisteredForTheEmergencyStop)
     connectLink();
     const int slot = m_link.emergencySlot();
     ASSERT_GE(slot, 0);
-    const QByteArray close = encodeProtocolData(makeCloseChannel(TzVciProtocolId::can, 2));
-    Common::EmergencyStop::arm(slot, TzVciProtocolId::can, 2,
-                               {close.constData(), static_cast<std::size_t>(close.size())});
-    Common::EmergencyStop::fire();
-    const auto datagram = m_peer.receive();
-    ASSERT_TRUE(datagram.has_value());
-    EXPECT_EQ(tztest::hexOf(*datagram), "AA 55 01 20 02 00 00 00 00");
-    m_link.disconnect();
-    EXPECT_EQ(m_link.emergencySlot(), -1);
-    Common::EmergencyStop::reset();
+    armChannel(slot);
+    expectEmergencyStop(m_peer);
 }
 
 TEST_F(LinkLifecycle, DestructionEndsTheLink)

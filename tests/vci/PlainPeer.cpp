@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tests/vci/PlainPeer.h"
 
+#include "tests/vci/BoundSocket.h"
 #include "vci/TzVciNetwork.h"
 
 #include <gtest/gtest.h>
@@ -24,13 +25,9 @@ std::string dotted(const sockaddr_in &address)
 } // namespace
 
 PlainPeer::PlainPeer(std::uint16_t port)
-    : m_socket(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0))
+    : m_socket(openBoundSocket(ip(), port))
 {
     sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(port);
-    ::inet_pton(AF_INET, ip().c_str(), &address.sin_addr);
-    EXPECT_EQ(::bind(m_socket, reinterpret_cast<const sockaddr *>(&address), sizeof(address)), 0);
     socklen_t size = sizeof(address);
     EXPECT_EQ(::getsockname(m_socket, reinterpret_cast<sockaddr *>(&address), &size), 0);
     m_port = ntohs(address.sin_port);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tests/vci/ScriptedBox.h"
 
+#include "tests/vci/BoundSocket.h"
+
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
@@ -31,16 +33,7 @@ std::string ScriptedBox::Request::text() const
 ScriptedBox::ScriptedBox(int deviceIndex, const TzVciNetwork &network)
     : m_rule([](ScriptedBox &box, const Request &request) { box.answer(request); })
 {
-    const int handle = ::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-    const timeval timeout{0, 10'000};
-    ::setsockopt(handle, SOL_SOCKET, SO_RCVTIMEO, &timeout, sizeof(timeout));
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(network.devicePort);
-    ::inet_pton(AF_INET, network.deviceAddress(deviceIndex).c_str(), &address.sin_addr);
-    if (::bind(handle, reinterpret_cast<const sockaddr *>(&address), sizeof(address)) != 0)
-        ADD_FAILURE() << "no scripted box at " << network.deviceAddress(deviceIndex) << ": " << std::strerror(errno);
-    m_socket = handle;
+    m_socket = openBoundSocket(network.deviceAddress(deviceIndex), network.devicePort);
     m_thread = std::thread([this] { run(); });
 }
 
@@ -69,16 +62,14 @@ void ScriptedBox::run()
     std::array<std::uint8_t, 2048> buffer{};
     while (!m_stopping) {
         sockaddr_in sender{};
-        socklen_t senderSize = sizeof(sender);
-        const ssize_t size =
-            ::recvfrom(m_socket, buffer.data(), buffer.size(), 0, reinterpret_cast<sockaddr *>(&sender), &senderSize);
-        if (size <= 0)
+        const std::size_t size = receiveFrom(m_socket, buffer, sender);
+        if (size == 0)
             continue;
         {
             const std::lock_guard lock(m_mutex);
             m_host = sender;
         }
-        handleDatagram(buffer.data(), static_cast<std::size_t>(size));
+        handleDatagram(buffer.data(), size);
     }
 }
 
