@@ -1,4 +1,5 @@
 # SPDX-License-Identifier: GPL-3.0-or-later
+# shellcheck shell=bash disable=SC2034 # the lists are for the scripts that source this
 # Sourced by the scripts of this project: installs the Debian packages that are missing, and nothing where all are there.
 
 tz_say() { printf '== %s\n' "$*"; }

@@ -75,7 +75,8 @@ wait_for 10 "the simulator runs" test -s "$out/stats.json"
 Xvfb -displayfd 3 -screen 0 1600x1000x24 -nolisten tcp 3>"$out/display" >/dev/null 2>&1 &
 pids+=($!)
 wait_for 20 "the display runs" test -s "$out/display"
-export DISPLAY=:$(tr -d '[:space:]' <"$out/display")
+DISPLAY=:$(tr -d '[:space:]' <"$out/display")
+export DISPLAY
 
 cd "$out/work" || exit 1
 QT_QPA_PLATFORM=xcb QT_SCALE_FACTOR=1 ip netns exec "$host_ns" "$bin/tzbench" 2>"$out/stderr.txt" &
