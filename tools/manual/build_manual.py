@@ -29,7 +29,7 @@ SHORT_NAME = 24  # a name of up to so many characters in a first column stays on
 TEXT_WIDTH_MM = 166.0  # of manual.css: the page less its margins
 SCREEN_DPI = 96.0  # of a picture that says nothing
 PIXEL_MM = TEXT_WIDTH_MM / 1000  # printed size of one pixel of the windows at 100 %: a view of 1000 fills the width
-MARKDOWN_EXTENSIONS = ["tables", "fenced_code", "attr_list", "def_list", "admonition", "sane_lists", "toc"]
+MARKDOWN_EXTENSIONS = ["tables", "fenced_code", "attr_list", "def_list", "admonition", "sane_lists", "smarty", "toc"]
 EXTERNAL = ("http:", "https:", "mailto:")
 
 
@@ -46,7 +46,8 @@ class Chapter:
         self.key = re.sub(r"^\d+-", "", path.stem)
         converter = markdown.Markdown(
             extensions=MARKDOWN_EXTENSIONS, output_format="xhtml",
-            extension_configs={"toc": {"slugify": lambda text, _: f"{self.key}--{slug(text)}"}})
+            extension_configs={"toc": {"slugify": lambda text, _: f"{self.key}--{slug(text)}"},
+                               "smarty": {"smart_dashes": False, "smart_ellipses": False}})
         body = converter.convert(path.read_text(encoding="utf-8"))
         try:
             self.root = ElementTree.fromstring(f'<section class="chapter">{named_to_numeric(body)}</section>')
