@@ -40,8 +40,7 @@ inline constexpr std::size_t payloadLength(std::size_t bytes)
 
 inline char *text(char *out, std::string_view characters) noexcept
 {
-    std::memcpy(out, characters.data(), characters.size());
-    return out + characters.size();
+    return out + characters.copy(out, characters.size());
 }
 
 inline char *character(char *out, char c) noexcept

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "logging/RecordingFile.h"
 
-#include <cstring>
-
 namespace Common {
 
 RecordingFile::RecordingFile()
@@ -28,8 +26,7 @@ void RecordingFile::write(std::string_view lines)
     if (lines.size() > bufferSize) {
         writeThrough(lines);
     } else {
-        std::memcpy(m_buffer.get() + m_buffered, lines.data(), lines.size());
-        m_buffered += lines.size();
+        m_buffered += lines.copy(m_buffer.get() + m_buffered, lines.size());
     }
 }
 

@@ -1,17 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tests/support/OwnMounts.h"
 
-#include <fcntl.h>
-#include <sched.h>
+#include <spawn.h>
 #include <sys/mount.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <cstdlib>
-#include <cstring>
 #include <filesystem>
 #include <vector>
 
@@ -20,43 +17,28 @@ namespace tztest {
 namespace {
 
 constexpr const char *childVariable = "TZ_TEST_OWN_MOUNTS";
-constexpr int notPermitted = 77; // exit code of the child
 
-// Between fork() and exec(), where only what is safe in a signal handler may be called.
-bool writeText(const char *path, const char *text)
+// Runs a program of util-linux or our own to its end. @return its exit code, -1 where it did not come to one
+int run(std::vector<std::string> arguments)
 {
-    const int file = ::open(path, O_WRONLY | O_CLOEXEC);
-    if (file < 0)
-        return false;
-    const auto length = std::strlen(text);
-    const bool written = ::write(file, text, length) == static_cast<ssize_t>(length);
-    ::close(file);
-    return written;
+    std::vector<char *> pointers;
+    for (std::string &argument : arguments)
+        pointers.push_back(argument.data());
+    pointers.push_back(nullptr);
+    pid_t child = 0;
+    int status = 0;
+    if (::posix_spawnp(&child, pointers[0], nullptr, nullptr, pointers.data(), environ) != 0 ||
+        ::waitpid(child, &status, 0) != child || !WIFEXITED(status))
+        return -1;
+    return WEXITSTATUS(status);
 }
 
-// The user becomes root of the new namespace; nothing that is mounted in it leaves it.
-bool enterOwnMounts(const char *userMap, const char *groupMap)
+// The user becomes root of new user and mount namespaces; nothing that is mounted in them is seen outside.
+std::vector<std::string> inOwnMounts(const std::vector<std::string> &command)
 {
-    return ::unshare(CLONE_NEWUSER | CLONE_NEWNS) == 0 && writeText("/proc/self/setgroups", "deny") &&
-           writeText("/proc/self/uid_map", userMap) && writeText("/proc/self/gid_map", groupMap) &&
-           ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
-}
-
-std::vector<std::string> environmentOfChild()
-{
-    std::vector<std::string> variables{std::string(childVariable) + "=1"};
-    for (char **variable = environ; *variable; ++variable)
-        variables.emplace_back(*variable);
-    return variables;
-}
-
-std::vector<char *> pointers(std::vector<std::string> &texts)
-{
-    std::vector<char *> result;
-    for (std::string &text : texts)
-        result.push_back(text.data());
-    result.push_back(nullptr);
-    return result;
+    std::vector<std::string> arguments{"unshare", "--map-root-user", "--mount", "--propagation", "private"};
+    arguments.insert(arguments.end(), command.begin(), command.end());
+    return arguments;
 }
 
 } // namespace
@@ -68,31 +50,14 @@ bool isInOwnMounts()
 
 OwnMountsResult runInOwnMounts()
 {
+    if (run(inOwnMounts({"true"})) != 0)
+        return OwnMountsResult::NotPermitted;
     const auto *test = ::testing::UnitTest::GetInstance()->current_test_info();
     const std::string program = std::filesystem::read_symlink("/proc/self/exe").string();
-    std::vector<std::string> arguments{program,
-                                       std::string("--gtest_filter=") + test->test_suite_name() + '.' + test->name()};
-    std::vector<std::string> environment = environmentOfChild();
-    const std::vector<char *> argumentPointers = pointers(arguments);
-    const std::vector<char *> environmentPointers = pointers(environment);
-    const std::string userMap = "0 " + std::to_string(::getuid()) + " 1";
-    const std::string groupMap = "0 " + std::to_string(::getgid()) + " 1";
-
-    const pid_t child = ::fork();
-    if (child == 0) {
-        if (!enterOwnMounts(userMap.c_str(), groupMap.c_str()))
-            ::_exit(notPermitted);
-        ::execve(program.c_str(), argumentPointers.data(), environmentPointers.data());
-        ::_exit(EXIT_FAILURE);
-    }
-    int status = 0;
-    if (child < 0 || ::waitpid(child, &status, 0) != child || !WIFEXITED(status))
-        return OwnMountsResult::Failed;
-    switch (WEXITSTATUS(status)) {
-    case 0: return OwnMountsResult::Passed;
-    case notPermitted: return OwnMountsResult::NotPermitted;
-    }
-    return OwnMountsResult::Failed;
+    const std::string filter = std::string("--gtest_filter=") + test->test_suite_name() + '.' + test->name();
+    const std::string variable = std::string(childVariable) + "=1";
+    const int code = run(inOwnMounts({"env", variable, program, filter}));
+    return code == 0 ? OwnMountsResult::Passed : OwnMountsResult::Failed;
 }
 
 bool mountSmallDisk(const std::string &path, std::size_t size)
