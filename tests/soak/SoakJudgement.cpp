@@ -120,7 +120,7 @@ void SoakRun::judgeResources()
     const Samples::Trend memory = m_samples.memoryMiB();
     const Samples::Trend descriptors = m_samples.descriptors();
     const Samples::Trend threads = m_samples.threads();
-    const double mostGrowth = std::max(leastJudgedGrowthMiB, mostMemoryGrowth * memory.early);
+    const double mostGrowth = m_options.duration >= longRun ? mostMemoryGrowthMiB : mostEarlyMemoryGrowthMiB;
     m_verdict.judge("memory, second and last quarter", memory.growth() <= mostGrowth,
                     fmt::format("{:.1f} -> {:.1f} MiB", memory.early, memory.late),
                     fmt::format("+{:.1f} MiB at most", mostGrowth));

@@ -41,8 +41,11 @@ inline constexpr std::size_t burstFrames = 10'000;
 // ---- what is judged
 inline constexpr std::chrono::milliseconds samplePeriod{1000};
 inline constexpr std::chrono::milliseconds longestFreeze{1000}; ///< of the event loop, beyond what it waited for boxes
-inline constexpr double mostMemoryGrowth = 0.03;                ///< of the resident set
-inline constexpr double leastJudgedGrowthMiB = 6;               ///< less is the allocator's noise
-inline constexpr double mostDescriptorGrowth = 2;               ///< a box more or less is open at the moment
+// A view keeps the memory of the longest queue that it ever had, some 15 MiB for two seconds of waiting for a lost box:
+// it takes minutes until each of the views has been through that.
+inline constexpr std::chrono::minutes longRun{10};
+inline constexpr double mostMemoryGrowthMiB = 6;       ///< of a long run
+inline constexpr double mostEarlyMemoryGrowthMiB = 20; ///< of a shorter one
+inline constexpr double mostDescriptorGrowth = 2;      ///< a box more or less is open at the moment
 
 } // namespace tzsoak
