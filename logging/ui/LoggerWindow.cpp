@@ -94,15 +94,20 @@ void LoggerWindow::onStartStopClicked()
 
 void LoggerWindow::onBrowseClicked()
 {
-    if (m_browseDialog)
-        return;
-    m_browseDialog = new QFileDialog(this, tr("Select Log File"), QDir::homePath());
-    m_browseDialog->setAttribute(Qt::WA_DeleteOnClose);
-    m_browseDialog->setAcceptMode(QFileDialog::AcceptSave);
-    m_browseDialog->setNameFilter(m_formatCombo->currentIndex() == ascFormat ? tr("ASC Files (*.asc);;All Files (*)")
-                                                                             : tr("CSV Files (*.csv);;All Files (*)"));
-    connect(m_browseDialog, &QFileDialog::fileSelected, m_pathEdit, &QLineEdit::setText);
-    m_browseDialog->open();
+    if (!m_browseDialog)
+        m_browseDialog = openBrowseDialog();
+}
+
+QFileDialog *LoggerWindow::openBrowseDialog()
+{
+    auto *dialog = new QFileDialog(this, tr("Select Log File"), QDir::homePath());
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setAcceptMode(QFileDialog::AcceptSave);
+    dialog->setNameFilter(m_formatCombo->currentIndex() == ascFormat ? tr("ASC Files (*.asc);;All Files (*)")
+                                                                     : tr("CSV Files (*.csv);;All Files (*)"));
+    connect(dialog, &QFileDialog::fileSelected, m_pathEdit, &QLineEdit::setText);
+    dialog->open();
+    return dialog;
 }
 
 void LoggerWindow::onOpenFileClicked()

@@ -105,6 +105,7 @@ private:
     QPushButton *createButton(const QString &name, const QString &text, const QString &toolTip,
                               void (LoggerWindow::*onClicked)());
     void reserveStartButtonWidth();
+    QFileDialog *openBrowseDialog();
     void tell(QMessageBox::Icon icon, const QString &title, const QString &text);
     void ask(const QString &title, const QString &text, void (LoggerWindow::*onYes)());
     void resetSettings();

@@ -61,7 +61,8 @@ void RecorderStack::keepTimes(int device)
         return [this, family](const std::vector<TzVciMessage> &batch) {
             const std::lock_guard lock(m_timesMutex);
             for (const TzVciMessage &message : batch)
-                m_times[{family, {message.deviceIndex, message.channelIndex}}].push_back(message.timestamp);
+                m_times[{family, {message.deviceIndex, message.channelIndex}}].push_back(
+                    std::uint64_t{message.timestamp});
         };
     };
     app.manager.getDevice(device)->subscribeCan(key, keeper(RecordFamily::Can));
