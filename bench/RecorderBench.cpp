@@ -180,22 +180,27 @@ private:
     int m_next = 1;
 };
 
+struct Paced
+{
+    std::uint64_t sent = 0;
+    std::int64_t peakWaiting = 0; ///< frames that waited for the flush thread at the worst moment
+};
+
 /// Hands over a million frames a second, as a drain worker does, and removes full files on the way.
-/// @return frames handed over
 template <typename Logger>
-std::uint64_t recordPaced(Logger &logger, const std::vector<TzVciMessage> &traffic, KeptFiles &kept,
-                          Clock::duration length)
+Paced recordPaced(Logger &logger, const std::vector<TzVciMessage> &traffic, KeptFiles &kept, Clock::duration length)
 {
     const auto start = Clock::now();
-    std::uint64_t sent = 0;
+    Paced paced;
     for (auto step = start; step < start + length; step += std::chrono::milliseconds(1)) {
         std::this_thread::sleep_until(step);
-        logger.addMessages({&traffic[sent % traffic.size()], framesPerStep});
-        sent += framesPerStep;
-        if (sent % (1'000 * framesPerStep) == 500 * framesPerStep) // not at the end, when it would be timed
+        logger.addMessages({&traffic[paced.sent % traffic.size()], framesPerStep});
+        paced.sent += framesPerStep;
+        paced.peakWaiting = std::max(paced.peakWaiting, logger.waitingRecords());
+        if (paced.sent % (1'000 * framesPerStep) == 500 * framesPerStep) // not at the end, when it would be timed
             kept.takeFinished();
     }
-    return sent;
+    return paced;
 }
 
 template <typename Logger, typename Config>
@@ -214,24 +219,29 @@ bool benchSustained(const std::string &name, const std::vector<TzVciMessage> &tr
         fmt::print(stderr, "the recorder could not be started\n");
         std::exit(2);
     }
-    std::uint64_t sent = recordPaced(logger, traffic, kept, std::chrono::seconds(2)); // buffers and queue grow
+    const Paced before = recordPaced(logger, traffic, kept, std::chrono::seconds(2)); // buffers and queue grow
     const double memoryBefore = tztest::ProcessFigures::of().residentMiB;
     const double cpuBefore = tztest::ProcessFigures::of().cpuSeconds;
     const auto start = Clock::now();
-    const std::uint64_t paced = recordPaced(logger, traffic, kept, length);
-    sent += paced;
+    const Paced paced = recordPaced(logger, traffic, kept, length);
     const double took = std::chrono::duration<double>(Clock::now() - start).count();
     const double memory = tztest::ProcessFigures::of().residentMiB - memoryBefore;
     const double cpu = tztest::ProcessFigures::of().cpuSeconds - cpuBefore;
     logger.stop();
     kept.takeRest();
-    bool ok = report(name + "_sustained", static_cast<double>(paced) / took, "frames/s", Want::AtLeast, 0.99e6);
-    ok = report(name + "_lost", static_cast<double>(sent) - static_cast<double>(kept.records()), "frames", Want::AtMost,
-                0) &&
+    bool ok = report(name + "_sustained", static_cast<double>(paced.sent) / took, "frames/s", Want::AtLeast, 0.99e6);
+    ok = report(name + "_lost", static_cast<double>(before.sent + paced.sent) - static_cast<double>(kept.records()),
+                "frames", Want::AtMost, 0) &&
          ok;
     ok = report(name + "_files", kept.files(), "files", Want::AtLeast, 2) && ok;
     ok = report(name + "_cpu", 100.0 * cpu / took, "% of a core, all threads", Want::AtMost, 100) && ok;
-    return report(name + "_memory_growth", memory, "MiB", Want::AtMost, 16) && ok;
+    // A shared machine stalls for seconds, disks too; the queue keeps the memory of what waited meanwhile.
+    const double backlog = static_cast<double>(paced.peakWaiting) / framesPerStep;
+    const double backlogMiB = static_cast<double>(paced.peakWaiting) * sizeof(TzVciMessage) / (1 << 20);
+    ok = report(name + "_backlog", backlog, "ms of traffic", Want::AtMost, 5'000) && ok;
+    return report(name + "_memory_growth", std::max(0.0, memory - backlogMiB), "MiB beyond the backlog", Want::AtMost,
+                  16) &&
+           ok;
 }
 
 } // namespace
