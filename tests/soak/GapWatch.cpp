@@ -13,7 +13,7 @@ using std::chrono::milliseconds;
 
 constexpr milliseconds tickPeriod{10};
 constexpr milliseconds notedGap{150};
-constexpr milliseconds notedStall{15};
+constexpr milliseconds notedStall{8};      // a drain that is as late finds more than one batch
 constexpr std::size_t mostNoted = 100'000; // of either kind: the watch must not grow with the run
 
 void note(std::vector<GapWatch::Gap> &gaps, GapWatch::Gap gap, milliseconds least)
