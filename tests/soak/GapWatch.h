@@ -30,6 +30,7 @@ public:
     };
 
     GapWatch();
+    void restart() { m_last = Clock::now(); } ///< what lies between is not noted
 
     /// Standstills of the event loop and of the machine that were long enough to be noted, in order.
     const std::vector<Gap> &gaps() const { return m_gaps; }

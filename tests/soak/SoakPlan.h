@@ -44,7 +44,7 @@ inline constexpr std::chrono::milliseconds longestFreeze{1000}; ///< of the even
 // A view keeps the memory of the longest queue that it ever had, some 15 MiB for two seconds of waiting for a lost box:
 // it takes minutes until each of the views has been through that.
 inline constexpr std::chrono::minutes longRun{10};
-inline constexpr double mostMemoryGrowthMiB = 6;       ///< of a long run
+inline constexpr double mostMemoryGrowthMiB = 12;      ///< of a long run
 inline constexpr double mostEarlyMemoryGrowthMiB = 20; ///< of a shorter one
 inline constexpr double mostDescriptorGrowth = 2;      ///< a box more or less is open at the moment
 

@@ -8,7 +8,8 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
+#include <thread>
+#include <utility>
 
 namespace tzsoak {
 
@@ -21,6 +22,9 @@ using SteadyClock = std::chrono::steady_clock;
 constexpr seconds longestStandstill{120};
 constexpr seconds longestAwait{60};
 constexpr milliseconds pollPeriod{50};
+// As long as several lost boxes may hold the event loop: the queues of the views reach their full length at once, and
+// not some time in the run.
+constexpr seconds standstill{4};
 constexpr milliseconds restTime{1500};
 constexpr milliseconds quietTime{400}; // nothing arrives for so long: it is all through
 constexpr milliseconds finaleTime{2000};
@@ -70,6 +74,8 @@ bool SoakRun::begin()
                tztest::ProcessFigures::of(m_boxes.processId()).cpuSeconds};
     if (!setTraffic(true))
         return false;
+    std::this_thread::sleep_for(standstill);
+    m_gaps.restart();
     runFor(restTime);
     m_atRestBefore = tztest::ProcessFigures::of();
     return true;
