@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "database/ldf/LdfConfig.h"
+
+#include <QObject>
+#include <QString>
+
+#include <map>
+
+namespace Common {
+
+/// Reads one LIN description file into an LdfConfig. Classes derived from it add the rules of a standard.
+///
+/// Threads: parsers share nothing, so any number of files may be read at once, each by one thread.
+/// Errors: reported by the result and in the log; nothing throws but where memory ends.
+class LdfParser : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit LdfParser(QObject *parent = nullptr);
+    ~LdfParser() override;
+
+    /// Makes the parser for the protocol that the file states; null when the file cannot be opened or states none.
+    /// @param encoding  name of a text codec; empty, or unknown: the system's. A byte order mark in the file wins.
+    /// @return owned by @p parent, without one by the caller
+    [[nodiscard]] static LdfParser *createParser(const QString &path, const QString &encoding,
+                                                 QObject *parent = nullptr);
+    /// Reads a file into @p outConfig, with the parser that fits. What users of the database call.
+    /// @return false: the file was refused, and @p outConfig is as it was
+    [[nodiscard]] static bool loadLdfConfig(LdfConfig &outConfig, const QString &path, const QString &encoding);
+
+    /// Reads a file anew, forgetting all that was read before.
+    /// @return false: config() holds what had been read so far and must not be used
+    bool parseFile(const QString &path, const QString &encoding);
+
+    const LdfConfig &config() const noexcept { return m_config; }
+    const QString &filePath() const noexcept { return m_filePath; }
+
+    // The rules that standards add. Where one returns false, the file is refused.
+
+    /// Node attributes of the protocol, from the node's block of attributes.
+    virtual bool parseProtocolConfig(const QString &attributesText, LdfNode &node);
+    /// Additions to a frame that has just been read from @p frameText.
+    virtual bool parseFrameConfig(const QString &frameText, LdfFrame &frame);
+    virtual bool validateNodeConfig(const LdfNode &node);
+    virtual bool validateFrame(const LdfFrame &frame);
+    virtual bool validateScheduleTable(const LdfScheduleTable &table);
+    /// Called after each slot that has set the frame's periods; the result is for callers of their own.
+    virtual bool updateFrameTiming(LdfFrame &frame);
+    /// Called for each member of an event-triggered frame that has a slot.
+    virtual void updateEventTriggeredFrame(LdfFrame &frame, const LdfEventTriggeredFrame &eventFrame);
+    virtual void printProtocolSummary();
+    virtual void printNodeSummary();
+
+protected:
+    /// Warns of parts of the product identifier beyond what is recommended; always true.
+    static bool checkProductId(const LdfNode &node, std::int32_t functionMaximum);
+
+    bool isPublishedByMaster(const LdfFrame &frame) const { return frame.publisher == m_config.master.name; }
+    /// The slave of that name, or null.
+    const LdfNode *findSlave(const QString &name) const;
+    /// The first signal of that name in the unconditional frames, or null.
+    const LdfSignal *findFrameSignal(const QString &name) const;
+    /// Time of one bit on the bus, in ms; 0 for a bus without speed.
+    double bitTimeMs() const noexcept;
+    /// The longest delay in a schedule table, 0 when it is empty.
+    void takeCollisionDelay(LdfFrame &frame, const LdfEventTriggeredFrame &eventFrame) const;
+
+private:
+    void clear();
+    bool readHeader(const QString &text);
+    bool readSections(const QString &text);
+    void fillInitialValues();
+
+    LdfConfig m_config;
+    QString m_filePath;
+    std::map<QString, LdfSignal> m_signals;     // while reading
+    std::map<QString, LdfEncoding> m_encodings; // while reading
+};
+
+} // namespace Common
