@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "database/dbc/DbcAttribute.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <cstdint>
+#include <unordered_map>
+#include <vector>
+
+/// One `SG_` line with what later statements say about it. A copyable value.
+struct DbcSignal
+{
+    QString name;
+    std::uint8_t valueType = 0; ///< 0 integer, 1 float32, 2 float64; see isFloatSignal()
+    bool isMultiplexor = false;
+    bool isMultiplexed = false;
+    std::int32_t multiplexValue = -1; ///< -1: none
+    std::uint16_t startBit = 0;       ///< as written: lowest bit of an Intel signal, highest bit of a Motorola one
+    std::uint16_t size = 0;           ///< in bits
+    bool isBigEndian = false;
+    bool isSigned = false;
+    double factor = 1.0;
+    double offset = 0.0;
+    double minimum = 0.0;    ///< physical
+    double maximum = 0.0;    ///< physical
+    std::uint64_t value = 0; ///< current raw value, for float types the float's bit pattern
+    QString unit;
+    QStringList receivers;                                        ///< as written, the pseudo node included
+    std::unordered_map<std::uint32_t, QString> valueDescriptions; ///< raw value to text
+    QString comment;
+    std::vector<DbcAttributeValue> attributes;
+};
