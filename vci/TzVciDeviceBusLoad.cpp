@@ -53,12 +53,10 @@ void TzVciDeviceBusLoad::process()
         Common::logWarning(
             "Received busload data is too short. Expected at least {} bytes for {} channels, but got {}.",
             m_minimumLength, m_channelCount, report.length);
-        if (m_minimumLength <= TzVciProtocolData::maxPayload)
+        if (report.complete)
             return;
-        // No record holds that many channels, so this is all that ever arrives.
+        // The record cut the report, as it does every one of a device with that many channels: take what arrived.
     }
-    if (report.length < periodBytes)
-        return;
     const auto periodUs = TzVciByteOrder::load<std::uint32_t>(report.bytes.data());
     if (periodUs == 0)
         return;

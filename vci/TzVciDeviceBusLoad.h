@@ -14,8 +14,8 @@
 ///
 /// Threads: the link's receive thread calls storeReport(), which never waits; everything else runs on the UI thread.
 /// A report that arrives while another is decoded is kept for the next process().
-/// Errors: a report that is too short is a log line and changes nothing. Where a record cannot hold all channels, those
-/// that arrived are decoded all the same and the others stay as they are.
+/// Errors: a report that is too short is a log line and changes nothing. Of one that came whole over the wire but did
+/// not fit the record, the channels that arrived are decoded all the same and the others stay as they are.
 class TzVciDeviceBusLoad : public QObject
 {
     Q_OBJECT
@@ -24,7 +24,7 @@ public:
     {
         std::uint32_t frames = 0;   ///< in the measuring period
         std::uint32_t busyTime = 0; ///< bus busy time in the measuring period, in the unit of periodUs
-        double loadPercent = 0.0;   ///< 0.0 to 100.0
+        double loadPercent = 0.0;   ///< from 0.0; above 100.0 if the device tells more than its period
     };
 
     /// @param channelCount  CAN channels of the device; 0 or below counts as 2

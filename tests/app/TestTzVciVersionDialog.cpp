@@ -6,6 +6,7 @@
 #include "common/ui/WorkbenchStyle.h"
 #include "tests/app/DialogWithBoxes.h"
 #include "tests/support/DocumentOpener.h"
+#include "tests/support/IconCompare.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/MessageBoxDriver.h"
 #include "tests/support/WaitFor.h"
@@ -48,7 +49,7 @@ void TestTzVciVersionDialog::showsTitleTextsAndDevices()
     tztest::DialogWithBoxes bench(2);
     const ShownDialog dialog(bench);
     QCOMPARE(dialog.windowTitle(), QStringLiteral("TZBench Version Information"));
-    QVERIFY(!dialog.windowIcon().isNull());
+    QVERIFY(showsIcon(dialog.windowIcon(), ":/resource/copyright.png"));
     QStringList groups;
     for (const auto *group : dialog.findChildren<QGroupBox *>())
         groups.append(group->title());

@@ -166,6 +166,27 @@ TEST(DeviceBusLoad, OfMoreChannelsThanARecordHoldsThoseThatArrivedAreDecoded)
     EXPECT_EQ(busLoad.deviceRxFrames(), 0u);
 }
 
+TEST(DeviceBusLoad, AShortReportOfManyChannelsChangesNothing)
+{
+    const tztest::LogCapture log;
+    TzVciDeviceBusLoad busLoad(20);
+    busLoad.storeReport(report({1000, 5, 100, 6, 200})); // 20 bytes on the wire: nothing was cut
+    busLoad.process();
+    EXPECT_TRUE(
+        log.has(2, "Received busload data is too short. Expected at least 164 bytes for 20 channels, but got 20."));
+    EXPECT_EQ(busLoad.periodUs(), 0u);
+    EXPECT_EQ(busLoad.channels()[0].frames, 0u);
+    EXPECT_DOUBLE_EQ(busLoad.channels()[0].loadPercent, 0.0);
+}
+
+TEST(DeviceBusLoad, ALoadAboveThePeriodIsToldAsItIs)
+{
+    TzVciDeviceBusLoad busLoad(1);
+    busLoad.storeReport(report({1000, 1, 1500}));
+    busLoad.process();
+    EXPECT_DOUBLE_EQ(busLoad.channels()[0].loadPercent, 150.0);
+}
+
 TEST(DeviceBusLoad, FourteenChannelsFitARecordWithoutTheDeviceCounters)
 {
     const tztest::LogCapture log;

@@ -11,6 +11,7 @@
 #include <QGroupBox>
 #include <QLabel>
 #include <QListWidget>
+#include <QLocale>
 #include <QPushButton>
 #include <QScreen>
 #include <QSignalBlocker>
@@ -184,5 +185,6 @@ void TzVciBusLoadView::clearDisplay()
 
 void TzVciBusLoadView::updateCurrentTime()
 {
-    m_timeLabel->setText(QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd hh:mm:ss")));
+    // Digits like those of the counters beside it, whatever the locale has.
+    m_timeLabel->setText(QLocale::c().toString(QDateTime::currentDateTime(), QStringLiteral("yyyy-MM-dd hh:mm:ss")));
 }

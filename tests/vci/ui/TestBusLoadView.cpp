@@ -2,9 +2,9 @@
 #include "tests/vci/ui/TestBusLoadView.h"
 
 #include "common/ui/WorkbenchStyle.h"
+#include "tests/support/IconCompare.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/WaitFor.h"
-#include "tests/vci/ui/IconCompare.h"
 #include "vci/TzVciByteOrder.h"
 #include "vci/TzVciDeviceBusLoad.h"
 #include "vci/TzVciProtocol.h"
@@ -274,6 +274,18 @@ void TestBusLoadView::moreChannelsThanARecordHoldsShowWhatArrived()
         log.has(2, "Received busload data is too short. Expected at least 164 bytes for 20 channels, but got 122."));
 }
 
+void TestBusLoadView::countersReachTheirLimitAndWrap()
+{
+    startBoxes(2);
+    openCan(2, 0);
+    makeView();
+    constexpr std::uint32_t most = 0xFFFFFFFF;
+    sendReport({1'000'000, most, 500'000, 0, 0, most, 3'000'000'000, most});
+    QCOMPARE(rowTexts(0), (QStringList{"CAN1", "4294967295", "50.00%", "1000.0 ms"}));
+    // With the 41 bytes of the report itself the device's counter begins anew, as the device's own does.
+    QCOMPARE(m_device->text(), QStringLiteral("3000000000 B, 4294967295 / 40 B"));
+}
+
 void TestBusLoadView::aVanishedDeviceClearsTheDisplay()
 {
     startBoxes();
@@ -350,6 +362,17 @@ void TestBusLoadView::clockShowsDateAndTime()
     QVERIFY(qAbs(time().secsTo(QDateTime::currentDateTime())) < 60);
     const QString before = clock->text();
     QVERIFY(tztest::waitFor([&] { return clock->text() != before; }));
+}
+
+void TestBusLoadView::clockHasPlainDigitsWhateverTheLocale()
+{
+    const QLocale previous;
+    QLocale::setDefault(QLocale(QLocale::Arabic, QLocale::Egypt));
+    makeView();
+    const QString text = m_view->findChild<QLabel *>(QStringLiteral("labelCurrentTime"))->text();
+    QLocale::setDefault(previous);
+    const QRegularExpression plain(QStringLiteral("^[0-9]{4}-[0-9]{2}-[0-9]{2} [0-9]{2}:[0-9]{2}:[0-9]{2}$"));
+    QVERIFY2(plain.match(text).hasMatch(), qPrintable(text));
 }
 
 void TestBusLoadView::tabReachesListButtonAndTable()

@@ -34,11 +34,13 @@ private Q_SLOTS:
     void aReportBetweenMinimumAndFullLengthLeavesTheDeviceCounters();
     void aPeriodOfZeroChangesNothing();
     void moreChannelsThanARecordHoldsShowWhatArrived();
+    void countersReachTheirLimitAndWrap();
     void aVanishedDeviceClearsTheDisplay();
     void aClosedDeviceClearsTheDisplayAndComesBack();
     void devicesMayCloseUnderTheUpdates();
     void aHiddenWindowDoesNoWorkAndListsAnewWhenShown();
     void clockShowsDateAndTime();
+    void clockHasPlainDigitsWhateverTheLocale();
     void tabReachesListButtonAndTable();
 
 private:

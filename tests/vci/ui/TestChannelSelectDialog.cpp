@@ -2,7 +2,7 @@
 #include "tests/vci/ui/TestChannelSelectDialog.h"
 
 #include "common/ui/WorkbenchStyle.h"
-#include "tests/vci/ui/IconCompare.h"
+#include "tests/support/IconCompare.h"
 #include "vci/TzVciTypes.h"
 #include "vci/ui/TzVciChannelSelectDialog.h"
 

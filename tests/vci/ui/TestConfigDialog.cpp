@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tests/vci/ui/TestConfigDialog.h"
 
+#include "tests/support/IconCompare.h"
 #include "tests/support/MessageBoxDriver.h"
 #include "tests/support/WaitFor.h"
 #include "tests/vci/ui/ConfigDialogParts.h"
-#include "tests/vci/ui/IconCompare.h"
 #include "vci/TzVciTypes.h"
 
 #include <QComboBox>

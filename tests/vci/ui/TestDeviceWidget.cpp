@@ -2,9 +2,9 @@
 #include "tests/vci/ui/TestDeviceWidget.h"
 
 #include "common/ui/WorkbenchStyle.h"
+#include "tests/support/IconCompare.h"
 #include "tests/support/MessageBoxDriver.h"
 #include "tests/support/WaitFor.h"
-#include "tests/vci/ui/IconCompare.h"
 #include "tools/simulator/Simulator.h"
 #include "vci/TzVciTypes.h"
 #include "vci/ui/TzVciDeviceToolTip.h"
