@@ -4,6 +4,7 @@
 #include "app/VciBuildInfo.h"
 #include "common/ConfigManager.h"
 #include "common/Log.h"
+#include "common/ui/PlainMessageBox.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -14,11 +15,14 @@
 #include <QFormLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
+#include <QIcon>
+#include <QLabel>
 #include <QLineEdit>
-#include <QMessageBox>
 #include <QPushButton>
 #include <QSpinBox>
+#include <QVBoxLayout>
 
+#include <algorithm>
 #include <cstdint>
 #include <exception>
 #include <limits>
@@ -148,7 +152,8 @@ void DebugLogDialog::buildLayout()
 
 void DebugLogDialog::showSettings()
 {
-    m_levelCombo->setCurrentIndex(m_config->logLevel);
+    // A level that the file of settings made up logs as little as the last one.
+    m_levelCombo->setCurrentIndex(std::min<int>(m_config->logLevel, m_levelCombo->count() - 1));
     m_fileCheckBox->setChecked(!m_config->logConsoleOnly);
     m_fileGroup->setEnabled(!m_config->logConsoleOnly);
     m_fileSizeSpin->setValue(m_config->logFileSizeMb);
@@ -196,6 +201,8 @@ void DebugLogDialog::restartLog()
         Common::logSoftwareInfo(m_programName.toStdString(), m_programVersion.toStdString(), VciBuildInfo::creator,
                                 VciBuildInfo::platform);
     } catch (const std::exception &failure) {
-        QMessageBox::critical(this, tr("Error"), QString::fromUtf8(failure.what()));
+        Common::PlainMessageBox(QMessageBox::Critical, tr("Error"), QString::fromUtf8(failure.what()), QMessageBox::Ok,
+                                this)
+            .exec();
     }
 }

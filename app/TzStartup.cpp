@@ -10,6 +10,7 @@
 #include "common/CrashHandler.h"
 #include "common/Log.h"
 #include "common/Utils.h"
+#include "common/ui/PlainMessageBox.h"
 #include "common/ui/WorkbenchStyle.h"
 #include "vci/TzVciCanDataType.h"
 #include "vci/TzVciDeviceManager.h"
@@ -19,7 +20,6 @@
 #include "vci/TzVciTypes.h"
 
 #include <QIcon>
-#include <QMessageBox>
 #include <QMetaType>
 
 #include <cstdlib>
@@ -36,7 +36,7 @@ QString translated(const char *text)
 
 void showFailure(const QString &title, const QString &text)
 {
-    QMessageBox::critical(nullptr, title, text);
+    Common::PlainMessageBox(QMessageBox::Critical, title, text, QMessageBox::Ok).exec();
 }
 
 /// The ways to an end that nobody asked the user about.

@@ -2,6 +2,7 @@
 #include "logging/ui/LoggerWindow.h"
 
 #include "common/Log.h"
+#include "common/ui/PlainMessageBox.h"
 #include "common/ui/UiUtils.h"
 #include "logging/FrameLogger.h"
 #include "logging/LoggerResult.h"
@@ -200,7 +201,7 @@ void LoggerWindow::stopAndHide()
 // A message of this window waits in no event loop of its own, so that the window may be destroyed while it shows.
 void LoggerWindow::tell(QMessageBox::Icon icon, const QString &title, const QString &text)
 {
-    auto *box = new QMessageBox(icon, title, text, QMessageBox::Ok, this);
+    auto *box = new PlainMessageBox(icon, title, text, QMessageBox::Ok, this);
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->open();
 }
@@ -209,7 +210,7 @@ void LoggerWindow::ask(const QString &title, const QString &text, void (LoggerWi
 {
     if (m_question)
         return;
-    m_question = new QMessageBox(QMessageBox::Question, title, text, QMessageBox::Yes | QMessageBox::No, this);
+    m_question = new PlainMessageBox(QMessageBox::Question, title, text, QMessageBox::Yes | QMessageBox::No, this);
     m_question->setDefaultButton(QMessageBox::No);
     m_question->setAttribute(Qt::WA_DeleteOnClose);
     connect(m_question, &QMessageBox::finished, this, [this, onYes](int answer) {

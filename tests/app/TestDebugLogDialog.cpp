@@ -4,6 +4,7 @@
 #include "app/DebugLogDialog.h"
 #include "common/Log.h"
 #include "common/ui/WorkbenchStyle.h"
+#include "tests/support/IconCompare.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/MessageBoxDriver.h"
 
@@ -123,7 +124,7 @@ void TestDebugLogDialog::showsTitleTextsAndItems()
 {
     const ShownDialog dialog(m_config.get());
     QCOMPARE(dialog.windowTitle(), QStringLiteral("Debug Log Settings"));
-    QVERIFY(!dialog.windowIcon().isNull());
+    QVERIFY(showsIcon(dialog.windowIcon(), ":/resource/log.png"));
     QStringList groups;
     for (const auto *group : dialog.findChildren<QGroupBox *>())
         groups.append(group->title());
@@ -306,6 +307,7 @@ void TestDebugLogDialog::aLogThatCannotStartIsShownAndTheDialogAcceptedAllTheSam
     QVERIFY(driver.allMet());
     QCOMPARE(driver.seen().front().icon, int(QMessageBox::Critical));
     QVERIFY(driver.seen().front().text.contains(QStringLiteral("blocked/run.log")));
+    QCOMPARE(driver.seen().front().textFormat, Qt::PlainText);
     QCOMPARE(dialog.result(), int(QDialog::Accepted));
     QVERIFY(!dialog.isVisible());
     QCOMPARE(m_config->logDirectory, QStringLiteral("blocked/run.log"));
@@ -354,6 +356,42 @@ void TestDebugLogDialog::restartWhileOtherThreadsLogAtFullRate()
             all += contentOf(file.filePath());
         QVERIFY2(all.contains(QStringLiteral(" [info] ")), qPrintable(QString::number(i)));
     }
+}
+
+void TestDebugLogDialog::sizeAndNumberOfFilesReachTheLog()
+{
+    constexpr qint64 limit = 2 * 1024 * 1024;
+    constexpr int lineLength = 1024;
+    {
+        const ShownDialog dialog(m_config.get());
+        dialog.size->setValue(2);
+        dialog.files->setValue(3);
+        click(dialog.ok);
+    }
+    const std::string filler(lineLength, 'x');
+    for (int line = 0; line < 5 * limit / lineLength; ++line) { // more than three files hold
+        Common::logInfo("{}", filler);
+        if (line % 1000 == 0)
+            QTest::qWait(1); // the log's queue is bounded: it takes what was written before
+    }
+    Common::logStop();
+    const QFileInfoList files = QDir(QStringLiteral("logs")).entryInfoList(QDir::Files);
+    QCOMPARE(files.size(), 3);
+    for (const QFileInfo &file : files) {
+        QVERIFY2(file.size() <= limit, qPrintable(file.fileName()));
+        const bool isCurrent = file.fileName() == QStringLiteral("TZBench.log");
+        QVERIFY2(isCurrent || file.size() > limit - 2 * lineLength, qPrintable(file.fileName()));
+    }
+}
+
+void TestDebugLogDialog::anUnknownLevelIsSavedAsNoLog()
+{
+    m_config->logLevel = 200;
+    const ShownDialog dialog(m_config.get());
+    QCOMPARE(dialog.level->currentText(), QStringLiteral("No Log"));
+    click(dialog.ok);
+    QCOMPARE(int(m_config->logLevel), 4);
+    QCOMPARE(int(Common::ConfigManager(settingsFile).logLevel), 4);
 }
 
 void TestDebugLogDialog::tabOrder()

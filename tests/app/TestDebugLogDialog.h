@@ -28,6 +28,8 @@ private Q_SLOTS:
     void aLogThatCannotStartIsShownAndTheDialogAcceptedAllTheSame();
     void settingsThatCannotBeSavedStillStartTheLog();
     void restartWhileOtherThreadsLogAtFullRate();
+    void sizeAndNumberOfFilesReachTheLog();
+    void anUnknownLevelIsSavedAsNoLog();
     void tabOrder();
 
 private:

@@ -6,7 +6,9 @@
 #include "app/TzBenchWindowHelper.h"
 #include "app/TzCrashHook.h"
 #include "app/TzStartup.h"
+#include "app/VciBuildInfo.h"
 #include "common/Log.h"
+#include "tests/support/IconCompare.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/MessageBoxDriver.h"
 #include "tests/support/TempWorkDir.h"
@@ -75,7 +77,7 @@ void TestTzStartup::metaTypeAndAttributes()
     QVERIFY(QCoreApplication::testAttribute(Qt::AA_UseHighDpiPixmaps));
     QVERIFY(QMetaType::type("TzVciCanDataType") != QMetaType::UnknownType);
     TzStartup::dressApplication(application());
-    QVERIFY(!application().windowIcon().isNull());
+    QVERIFY(showsIcon(application().windowIcon(), VciBuildInfo::applicationIcon));
 }
 
 void TestTzStartup::theLogBeginsWithTheBanner()
@@ -96,6 +98,7 @@ void TestTzStartup::anUnwritableLogDirectoryShowsOneErrorBoxAndTheMainWindowOpen
     QCOMPARE(m_environment->driver.seen().size(), std::size_t{1});
     QCOMPARE(m_environment->driver.seen().front().title, QStringLiteral("error"));
     QVERIFY(!m_environment->driver.seen().front().text.isEmpty());
+    QCOMPARE(m_environment->driver.seen().front().textFormat, Qt::PlainText); // it names a file
     const auto window = TzStartup::showMainWindow(application());
     QVERIFY(window->isVisible() && window->isMaximized());
     QCOMPARE(m_environment->driver.seen().size(), std::size_t{1});

@@ -46,7 +46,7 @@ void MessageBoxDriver::chooseFile(QDialog *dialog, const QString &nameFilter, co
     auto *name = dialog->findChild<QLineEdit *>(QStringLiteral("fileNameEdit"));
     const auto *buttons = dialog->findChild<QDialogButtonBox *>();
     if (files)
-        m_seen.push_back({dialog->windowTitle(), files->nameFilters().join(QStringLiteral(";;")), 0});
+        m_seen.push_back({dialog->windowTitle(), files->nameFilters().join(QStringLiteral(";;"))});
     const int filter = filters ? filters->findText(nameFilter) : -1;
     if (files && name && buttons && filter >= 0 && !path.isEmpty()) {
         filters->setCurrentIndex(filter);
@@ -91,7 +91,7 @@ void MessageBoxDriver::look()
 
 void MessageBoxDriver::answer(QMessageBox *box)
 {
-    m_seen.push_back({box->windowTitle(), box->text(), static_cast<int>(box->icon())});
+    m_seen.push_back({box->windowTitle(), box->text(), static_cast<int>(box->icon()), box->textFormat()});
     if (!m_expected.empty() && !m_expected.front().action) {
         const int button = m_expected.front().standardButton;
         m_expected.pop_front();

@@ -27,6 +27,7 @@ public:
         QString title;
         QString text;
         int icon = 0; ///< QMessageBox::Icon
+        Qt::TextFormat textFormat = Qt::AutoText;
     };
 
     explicit MessageBoxDriver(QObject *parent = nullptr);

@@ -1,16 +1,17 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "views/ui/CommonFileManager.h"
 
+#include "common/ui/PlainMessageBox.h"
 #include "views/TzViewSnapshot.h"
 
 #include <QAbstractItemView>
 #include <QFileDialog>
 #include <QFileInfo>
-#include <QMessageBox>
 #include <QPointer>
 #include <QTableView>
 #include <QTreeView>
 
+#include <algorithm>
 #include <optional>
 #include <vector>
 
@@ -29,7 +30,7 @@ struct Choice
 int showBox(QMessageBox::Icon icon, const QString &title, const QString &text, QMessageBox::StandardButtons buttons,
             QMessageBox::StandardButton defaultButton, QWidget *parent)
 {
-    const QPointer<QMessageBox> box(new QMessageBox(icon, title, text, buttons, parent));
+    const QPointer<QMessageBox> box(new Common::PlainMessageBox(icon, title, text, buttons, parent));
     box->setDefaultButton(defaultButton);
     const int answer = box->exec();
     delete box;
