@@ -5,8 +5,11 @@
 #include "views/TzViewTextWriter.h"
 
 #include "common/Log.h"
+#include "common/platform/ExclusiveFile.h"
 
 #include <QFile>
+
+#include <string>
 
 namespace {
 
@@ -58,14 +61,15 @@ QString TzViewSnapshot::text(const QAbstractItemModel &model, Format format, con
 
 bool TzViewSnapshot::save(const QAbstractItemModel &model, Format format, const QString &path)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Text)) {
-        Common::logWarning("Cannot open {} for writing: {}", path.toStdString(), file.errorString().toStdString());
+    Common::platform::ExclusiveFile file; // so that the file of a running recording is not emptied under it
+    if (const auto error = file.open(QFile::encodeName(path).toStdString())) {
+        Common::logWarning("Cannot open {} for writing: {}", path.toStdString(), error.message());
         return false;
     }
-    file.write(text(model, format, QDateTime::currentDateTime()).toUtf8());
-    file.close();
-    if (file.error() != QFileDevice::NoError)
-        Common::logWarning("Could not write all of {}: {}", path.toStdString(), file.errorString().toStdString());
+    const std::string content = text(model, format, QDateTime::currentDateTime()).toStdString();
+    if (const std::size_t reached = file.write(content); reached != content.size()) {
+        Common::logWarning("Could not write all of {}: {} of {} bytes are in the file", path.toStdString(), reached,
+                           content.size());
+    }
     return true;
 }

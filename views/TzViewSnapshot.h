@@ -24,7 +24,7 @@ public:
     static QString completedPath(const QString &path, Format format);
     static QString text(const QAbstractItemModel &model, Format format, const QDateTime &now);
 
-    /// Writes the file whole, in UTF-8, over one that is there.
+    /// Writes the file whole, in UTF-8, over one that is there, unless a recorder writes to that.
     /// @return whether it could be opened; that it could not be written in full, as on a full disk, is only logged
     static bool save(const QAbstractItemModel &model, Format format, const QString &path);
 };

@@ -118,14 +118,7 @@ void TzViewTextWriter::addCell(const QString &cell)
     if (m_style == Style::Csv)
         addQuotedCell(cell);
     else
-        addTabbedCell(cell);
-}
-
-void TzViewTextWriter::addTabbedCell(const QString &cell)
-{
-    const int start = m_text.size();
-    m_text += cell;
-    std::replace_if(m_text.begin() + start, m_text.end(), isControl, QLatin1Char(' '));
+        m_text += cell;
 }
 
 void TzViewTextWriter::addQuotedCell(const QString &cell)

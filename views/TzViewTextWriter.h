@@ -18,7 +18,7 @@ class TzViewTextWriter
 public:
     enum class Style
     {
-        Tabbed, ///< a tab between cells; a control character within a cell becomes a blank, so that a row stays a line
+        Tabbed, ///< a tab between cells, each as it is shown
         Csv     ///< a comma between cells, each in double quotes, a double quote in it doubled; all else as it is
     };
 
@@ -41,7 +41,6 @@ public:
 private:
     void addLine(int row, const QModelIndex &parent);
     void addCell(const QString &cell);
-    void addTabbedCell(const QString &cell);
     void addQuotedCell(const QString &cell);
 
     const QAbstractItemModel &m_model;

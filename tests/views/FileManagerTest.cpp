@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tests/views/FileManagerTest.h"
 
+#include "common/platform/ExclusiveFile.h"
 #include "tests/support/MessageBoxDriver.h"
 #include "tests/support/TempWorkDir.h"
 #include "tests/views/SmallTree.h"
@@ -201,6 +202,29 @@ void TestFileManager::existingFileIsReplacedOnlyOnYes()
     QCOMPARE(scene->driver.seen()[1].title, QStringLiteral("Save File"));
     QCOMPARE(scene->driver.seen()[1].text, QStringLiteral("view.csv already exists.\nDo you want to replace it?"));
     QVERIFY(contents("view.csv").startsWith("No.,Time"));
+}
+
+void TestFileManager::namesAreNoMarkup()
+{
+    makeOlder("<b>view.csv");
+    scene->driver.expectFileDialog(csv, pathOf("<b>view.csv"));
+    scene->driver.expectBox(QMessageBox::Yes);
+    QVERIFY(saveTable());
+    QCOMPARE(scene->driver.seen()[1].text, QStringLiteral("<b>view.csv already exists.\nDo you want to replace it?"));
+    QCOMPARE(scene->driver.seen()[1].textFormat, Qt::PlainText);
+}
+
+void TestFileManager::recordedFileShowsTheWarning()
+{
+    Common::platform::ExclusiveFile recording;
+    QVERIFY(!recording.open(QFile::encodeName(pathOf("view.csv")).toStdString()));
+    recording.write("older");
+    scene->driver.expectFileDialog(csv, pathOf("view.csv"));
+    scene->driver.expectBox(QMessageBox::Yes);
+    scene->driver.expectBox(QMessageBox::Ok);
+    QVERIFY(!saveTable());
+    QCOMPARE(scene->driver.seen()[2].title, QStringLiteral("Error"));
+    QCOMPARE(contents("view.csv"), older);
 }
 
 void TestFileManager::refusedReplacementAsksForAnotherName()

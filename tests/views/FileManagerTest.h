@@ -21,6 +21,8 @@ private Q_SLOTS:
     void unwritablePathShowsTheWarning();
     void folderOfTheNameShowsTheWarning();
     void existingFileIsReplacedOnlyOnYes();
+    void namesAreNoMarkup();
+    void recordedFileShowsTheWarning();
     void refusedReplacementAsksForAnotherName();
     void viewMayGoUnderTheDialogs();
 };

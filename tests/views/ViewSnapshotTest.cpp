@@ -2,6 +2,7 @@
 // What is in the files that a view is saved to, byte for byte.
 #include "views/TzViewSnapshot.h"
 
+#include "common/platform/ExclusiveFile.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/TempWorkDir.h"
 #include "tests/views/SnapshotFrames.h"
@@ -12,8 +13,13 @@
 
 #include <QDir>
 #include <QFile>
+#include <QStandardItemModel>
 
 #include <gtest/gtest.h>
+
+#include <csignal>
+
+#include <sys/resource.h>
 
 using namespace tztest;
 using Format = TzViewSnapshot::Format;
@@ -49,6 +55,30 @@ protected:
     TzVciDeviceManager m_manager{&m_store};
     TzCanViewModel m_can{&m_manager};
     TzLinViewModel m_lin{&m_manager};
+};
+
+/// No file of this process grows beyond a size: what a disk does that is full.
+class FileSizeLimit
+{
+public:
+    explicit FileSizeLimit(rlim_t bytes)
+        : m_previousHandler(std::signal(SIGXFSZ, SIG_IGN))
+    {
+        ::getrlimit(RLIMIT_FSIZE, &m_previous);
+        const rlimit limit{bytes, m_previous.rlim_max};
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FileSizeLimit()
+    {
+        ::setrlimit(RLIMIT_FSIZE, &m_previous);
+        std::signal(SIGXFSZ, m_previousHandler);
+    }
+    FileSizeLimit(const FileSizeLimit &) = delete;
+    FileSizeLimit &operator=(const FileSizeLimit &) = delete;
+
+private:
+    rlimit m_previous{};
+    void (*m_previousHandler)(int);
 };
 
 const std::string ascHead = "date Sat Nov 07 02:05:09.007 pm 2026\n"
@@ -208,9 +238,44 @@ TEST_F(ViewSnapshot, SaveFailsWhereNoFileCanBeOpened)
 TEST_F(ViewSnapshot, FullDiskIsLoggedAndNoFailure)
 {
     const LogCapture log;
-    ASSERT_TRUE(QFile::link(QStringLiteral("/dev/full"), QStringLiteral("full.csv")));
-    EXPECT_TRUE(TzViewSnapshot::save(m_can, Format::Csv, QStringLiteral("full.csv")));
-    EXPECT_EQ(log.countContaining(2, "Could not write all of full.csv"), std::size_t{1});
+    show(m_can, snapshotCanFrames());
+    {
+        const FileSizeLimit limit(20);
+        EXPECT_TRUE(TzViewSnapshot::save(m_can, Format::Csv, QStringLiteral("full.csv")));
+    }
+    EXPECT_EQ(contents(QStringLiteral("full.csv")).size(), 20);
+    EXPECT_EQ(log.countContaining(2, "Could not write all of full.csv: 20 of "), std::size_t{1});
+}
+
+TEST_F(ViewSnapshot, FileOfARunningRecordingIsRefusedAndLeftWhole)
+{
+    const LogCapture log;
+    Common::platform::ExclusiveFile recording;
+    ASSERT_FALSE(recording.open("run.asc"));
+    recording.write("recorded");
+    EXPECT_FALSE(TzViewSnapshot::save(m_can, Format::Asc, QStringLiteral("run.asc")));
+    EXPECT_EQ(contents(QStringLiteral("run.asc")), QByteArray("recorded"));
+    EXPECT_EQ(log.countContaining(2, "Cannot open run.asc for writing"), std::size_t{1});
+    recording.close();
+    EXPECT_TRUE(TzViewSnapshot::save(m_can, Format::Asc, QStringLiteral("run.asc")));
+    EXPECT_TRUE(contents(QStringLiteral("run.asc")).startsWith("date "));
+}
+
+// No view shows such a direction now; a table that does gets the short line.
+TEST_F(ViewSnapshot, AscHasAShortLineForADirectionThatSaysError)
+{
+    QStandardItemModel model(1, 12);
+    const auto set = [&model](int column, const char *text) {
+        model.setItem(0, column, new QStandardItem(QString::fromLatin1(text)));
+    };
+    set(1, "1.5");
+    set(3, " CAN 1 ");
+    set(4, "123");
+    set(6, "Error Frame");
+    set(10, "2");
+    set(11, "01 02");
+    const QString asc = TzViewSnapshot::text(model, Format::Asc, QDateTime({2026, 11, 7}, {14, 5, 9, 7}));
+    EXPECT_EQ(asc.toStdString(), ascHead + "1.5 1  ErrorFrame\n" + ascEnd);
 }
 
 } // namespace

@@ -50,9 +50,9 @@ TEST(ViewTextWriter, CommaAndQuoteAreSafeInCsv)
     EXPECT_EQ(cellText("two\nlines\tand tab", Style::Csv), "\"two\nlines\tand tab\"\n");
 }
 
-TEST(ViewTextWriter, RowStaysALineInTabbedText)
+TEST(ViewTextWriter, TabbedTextKeepsTheCellAsShown)
 {
-    EXPECT_EQ(cellText("a\tb\nc\rd", Style::Tabbed), "a b c d\n");
+    EXPECT_EQ(cellText("a\tb\nc\rd", Style::Tabbed), "a\tb\nc\rd\n");
     EXPECT_EQ(cellText("a,\"b\"", Style::Tabbed), "a,\"b\"\n");
     EXPECT_EQ(cellText("20 °C", Style::Tabbed), "20 °C\n");
 }
