@@ -160,6 +160,8 @@ void TZBenchWindow::on_actionDevice_Settings_triggered()
 void TZBenchWindow::on_actionDisplayTime_Settings_triggered()
 {
     TZVciTimeDialog dialog(m_manager, this);
+    // No tick does it in a view that is paused or gets no frames.
+    connect(&dialog, &TZVciTimeDialog::sigTimesChanged, m_helper, &TzBenchWindowHelper::sigTimesChanged);
     dialog.exec();
 }
 

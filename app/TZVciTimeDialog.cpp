@@ -129,11 +129,12 @@ void TZVciTimeDialog::buildLayout()
 // A factor that no item has, as another program path may have set it, gets an item of its own.
 void TZVciTimeDialog::selectFactor()
 {
-    int index = m_factorCombo->findData(m_factor);
-    if (index < 0) {
+    int index = 0; // found by an exact comparison: that of the combo box takes close numbers for equal
+    while (index < m_factorCombo->count() && m_factorCombo->itemData(index).toDouble() != m_factor)
+        ++index;
+    if (index == m_factorCombo->count()) {
         const QString number = QString::number(m_factor, 'g', QLocale::FloatingPointShortest);
         m_factorCombo->addItem(tr("Custom (%1)").arg(number), m_factor);
-        index = m_factorCombo->count() - 1;
     }
     m_factorCombo->setCurrentIndex(index);
 }
@@ -169,6 +170,7 @@ void TZVciTimeDialog::onResetTimeButtonClicked()
         const TzVciWaitCursor waitCursor; // a device may take 500 ms to tell its time
         m_manager->resetTimeBase();
     }
+    Q_EMIT sigTimesChanged();
     QMessageBox::information(this, tr("Time Reset"), tr("Global reference time has been reset to current time."));
 }
 
@@ -180,6 +182,7 @@ void TZVciTimeDialog::onAccepted()
     }
     m_manager->setDisplayMode(m_mode);
     m_manager->timeManager().setTimeScaleFactor(m_factor);
+    Q_EMIT sigTimesChanged();
     accept();
 }
 

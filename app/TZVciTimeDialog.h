@@ -23,6 +23,8 @@ public:
 Q_SIGNALS:
     /// The user agreed to make the present moment the reference; emitted before that is done.
     void sigResetTime();
+    /// The times of frames that are shown already read differently now: the reference, the mode or the factor is set.
+    void sigTimesChanged();
 
 public Q_SLOTS:
     void onDisplayModeChanged();

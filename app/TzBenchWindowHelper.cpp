@@ -95,6 +95,7 @@ void TzBenchWindowHelper::newView(std::uint8_t kind, Request request)
 void TzBenchWindowHelper::addView(TzVciBaseViewWindow *view)
 {
     connect(this, &TzBenchWindowHelper::sigClearViewWindow, view, &TzVciBaseViewWindow::onClearViewWindow);
+    connect(this, &TzBenchWindowHelper::sigTimesChanged, view, &TzVciBaseViewWindow::onTimesChanged);
     // A view that is destroyed without having been closed. The drain threads must have left it before its destructor
     // takes it apart; the others move up when it is gone.
     connect(view, &TzVciBaseViewWindow::sigLeaveDelivery, this, [this, view] { m_views.remove(view); });

@@ -60,6 +60,8 @@ Q_SIGNALS:
     void sigVciStatusChanged(int deviceIndex, std::uint8_t cmd);
     /// The views of the family of this kind begin afresh.
     void sigClearViewWindow(std::uint8_t windowType);
+    /// All views show their times anew.
+    void sigTimesChanged();
 
 public Q_SLOTS:
     /// Takes a view out of the list, numbers the others and tiles them.

@@ -226,6 +226,13 @@ void TzRawViewModel::rebuildFolded()
     }
 }
 
+void TzRawViewModel::onTimesChanged()
+{
+    if (m_rowCount > 0)
+        Q_EMIT dataChanged(index(0, TzRawViewFamily::TimeColumn), index(m_rowCount - 1, TzRawViewFamily::TimeColumn),
+                           {Qt::DisplayRole});
+}
+
 void TzRawViewModel::onUpdateVisibleRow(int firstRow, int lastRow)
 {
     m_firstVisibleRow = firstRow;

@@ -64,8 +64,9 @@ public:
     const TzRawViewFamily &family() const { return m_family; }
 
 public Q_SLOTS:
-    void onClear();  ///< forgets all frames but those that still wait; sends no reset if there are none
-    void onFilter(); ///< rebuilds the table from the history
+    void onClear();        ///< forgets all frames but those that still wait; sends no reset if there are none
+    void onFilter();       ///< rebuilds the table from the history
+    void onTimesChanged(); ///< the texts of the Time column are to be made anew
     void onUpdateVisibleRow(int firstRow, int lastRow);
 
 protected:

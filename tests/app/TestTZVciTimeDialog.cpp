@@ -4,6 +4,7 @@
 #include "app/TZVciTimeDialog.h"
 #include "common/ui/WorkbenchStyle.h"
 #include "tests/app/DialogWithBoxes.h"
+#include "tests/support/IconCompare.h"
 #include "tests/support/MessageBoxDriver.h"
 #include "vci/TzVciProtocol.h"
 #include "vci/TzVciTypes.h"
@@ -72,7 +73,7 @@ void TestTZVciTimeDialog::showsTitleTextsAndItems()
     TZVciTimeDialog dialog(&bench.manager);
     const Parts parts(dialog);
     QCOMPARE(dialog.windowTitle(), QStringLiteral("Device Time Settings"));
-    QVERIFY(!dialog.windowIcon().isNull());
+    QVERIFY(showsIcon(dialog.windowIcon(), ":/resource/time.png"));
     QStringList groups;
     for (const auto *group : dialog.findChildren<QGroupBox *>())
         groups.append(group->title());
@@ -190,6 +191,19 @@ void TestTZVciTimeDialog::aFactorWithManyDigitsIsKeptToTheLast()
     parts.factor->setCurrentIndex(4);
     click(parts.ok);
     QCOMPARE(bench.manager.timeManager().getTimeScaleFactor() - factor, 0.0);
+}
+
+void TestTZVciTimeDialog::aFactorCloseToAnItemIsCustom()
+{
+    constexpr double factor = 1000.0000000001;
+    tztest::DialogWithBoxes bench;
+    bench.manager.timeManager().setTimeScaleFactor(factor);
+    TZVciTimeDialog dialog(&bench.manager);
+    const Parts parts(dialog);
+    QCOMPARE(parts.factor->currentText(), QStringLiteral("Custom (1000.0000000001)"));
+    QCOMPARE(parts.factor->count(), 5);
+    click(parts.ok);
+    QVERIFY(bench.manager.timeManager().getTimeScaleFactor() == factor);
 }
 
 void TestTZVciTimeDialog::resetAsksAndOnNoDoesNothing()

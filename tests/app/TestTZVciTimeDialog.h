@@ -16,6 +16,7 @@ private Q_SLOTS:
     void cancelChangesNothing();
     void aFactorSetThroughAnotherPathShowsAsCustomAndIsKept();
     void aFactorWithManyDigitsIsKeptToTheLast();
+    void aFactorCloseToAnItemIsCustom();
     void resetAsksAndOnNoDoesNothing();
     void resetOnYesTellsAndSetsTheReference();
     void resetReadsTheTimeOfTheOpenDevicesAlone();

@@ -8,13 +8,21 @@
 #include "tests/support/DocumentOpener.h"
 #include "tests/support/MessageBoxDriver.h"
 #include "vci/ui/TzVciBusLoadView.h"
+#include "views/ui/TzVciBaseViewWindow.h"
 
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QSignalSpy>
+#include <QTableView>
+#include <QTimer>
+#include <QToolButton>
 #include <QtTest>
+
+#include <memory>
+#include <vector>
 
 void TestToolWindows::busLoadActionShowsOneWindowBesideTheMainWindow()
 {
@@ -104,6 +112,42 @@ void TestToolWindows::timeDialogWorksOnTheDevicesOfTheWindow()
     fixture.action("actionDisplayTime_Settings").trigger();
     QVERIFY(driver.allMet());
     QCOMPARE(fixture.manager.displayMode(), Common::TimestampDisplayMode::TimeOfDay);
+}
+
+// No tick runs in a paused view, so nothing but the dialog makes its texts anew.
+void TestToolWindows::timeDialogRefreshesPausedViewsOnOkAndOnReset()
+{
+    tztest::AppFixture fixture;
+    fixture.openViews(1, 1);
+    std::vector<std::unique_ptr<QSignalSpy>> changes;
+    for (TzVciBaseViewWindow *view : fixture.helper().views().views()) {
+        view->onReceivedMessages({TzVciMessage()});
+        view->onUpdateData();
+        view->findChild<QToolButton *>(QStringLiteral("buttonPause"))->click();
+        QVERIFY(view->isPaused());
+        auto *model = view->findChild<QTableView *>(QStringLiteral("tableView"))->model();
+        QCOMPARE(model->rowCount(), 1);
+        changes.push_back(std::make_unique<QSignalSpy>(model, &QAbstractItemModel::dataChanged));
+    }
+    tztest::MessageBoxDriver driver;
+    driver.expectDialog(
+        [](QDialog *dialog) { dialog->findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Ok)->click(); });
+    fixture.action("actionDisplayTime_Settings").trigger();
+    for (const auto &spy : changes)
+        QCOMPARE(spy->count(), 1);
+    driver.expectDialog([](QDialog *dialog) {
+        const auto resetAndLeave = [dialog] {
+            dialog->findChild<QPushButton *>(QStringLiteral("buttonReset"))->click();
+            dialog->reject();
+        };
+        QTimer::singleShot(0, dialog, resetAndLeave); // not within the driver, which is to answer the boxes
+    });
+    driver.expectBox(QMessageBox::Yes);
+    driver.expectBox(QMessageBox::Ok);
+    fixture.action("actionDisplayTime_Settings").trigger();
+    QVERIFY(driver.allMet());
+    for (const auto &spy : changes)
+        QCOMPARE(spy->count(), 2);
 }
 
 void TestToolWindows::versionDialogKnowsTheDevicesOfTheWindow()

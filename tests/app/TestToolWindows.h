@@ -14,6 +14,7 @@ private Q_SLOTS:
     void settingsActionsRunModalDialogs_data();
     void settingsActionsRunModalDialogs();
     void timeDialogWorksOnTheDevicesOfTheWindow();
+    void timeDialogRefreshesPausedViewsOnOkAndOnReset();
     void versionDialogKnowsTheDevicesOfTheWindow();
     void switchTestOpensItsGuide();
 };

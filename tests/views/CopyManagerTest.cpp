@@ -85,6 +85,7 @@ void TestCopyManager::nullViewsAndInvalidIndexesCopyNothing()
     QVERIFY2(!CommonCopyManager::copyRow(&tree.view, inTable), "an index of another model");
     QVERIFY(!CommonCopyManager::copySelected(&tableWithoutModel));
     QVERIFY(!CommonCopyManager::copySelected(&treeWithoutModel));
+    QVERIFY(!CommonCopyManager::copyText(nullptr, QStringLiteral("text"), CommonCopyManager::Content::Data));
     QCOMPARE(clipboardText(), untouched);
     QCOMPARE(QToolTip::text(), QString());
 }

@@ -133,6 +133,21 @@ void TestRawViewSnapshot::pausedViewHoldsStillWhileItIsSaved()
     QCOMPARE(fixture->table()->model()->rowCount(), shown + 1); // the one that waited, and not the one of the pause
 }
 
+// The dialog comes a turn of the event loop after the click.
+void TestRawViewSnapshot::savePausesFromTheClickOn()
+{
+    MessageBoxDriver driver;
+    showFrames();
+    const int shown = fixture->table()->model()->rowCount();
+    driver.expectFileDialog(csv, pathOf("view.csv"));
+    clickSave();
+    QVERIFY(fixture->view->isPaused() && !QApplication::activeModalWidget());
+    fixture->deliver({fixture->rx(1)});
+    fixture->tickData();
+    QTRY_VERIFY(driver.allMet() && !fixture->view->isPaused());
+    QCOMPARE(linesOf("view.csv"), shown + 1);
+}
+
 void TestRawViewSnapshot::saveKeepsAnEarlierPause()
 {
     MessageBoxDriver driver;
@@ -221,14 +236,45 @@ void TestRawViewSnapshot::clickedRowMayGoUnderTheMenu()
 {
     showFrames();
     QMenu *menu = menuOnRow(1);
+    const QString row = rowText(1);
     fixture->view->onClearViewWindow(fixture->view->viewKind());
-    for (const char *text : {"Copy Data", "Copy Row", "Copy Selected"})
-        RawViewWindowFixture::entry(menu, QLatin1String(text))->trigger();
+    RawViewWindowFixture::entry(menu, QStringLiteral("Copy Selected"))->trigger();
     QCOMPARE(clipboardText(), QStringLiteral("untouched"));
+    RawViewWindowFixture::entry(menu, QStringLiteral("Copy Row"))->trigger();
+    QCOMPARE(clipboardText(), row);
     menu->close();
 }
 
-void TestRawViewSnapshot::copyKeyTakesTheSelectedRows()
+// In a full view the rows move up with every frame, while their numbers stay.
+void TestRawViewSnapshot::copyEntriesTakeTheClickedFrameOfAMovingView()
+{
+    showFrames();
+    fixture->deliver(std::vector<TzVciMessage>(TzRawViewModel::maxRows, fixture->rx(1)));
+    while (fixture->view->model()->allMessages().size() < TzRawViewModel::maxRows)
+        fixture->tickData();
+    fixture->tickData();
+    fixture->deliver(fixture->isCan() ? snapshotCanFrames() : snapshotLinFrames());
+    fixture->tickData(); // these stand at the end now
+    fixture->view->setTimersStopped(true);
+    QTableView *table = fixture->table();
+    QCOMPARE(table->model()->rowCount(), int{TzRawViewModel::maxRows});
+    table->scrollToBottom();
+    const int row = table->model()->rowCount() - 1;
+    const QString text = rowText(row);
+    const QString data = table->model()->index(row, fixture->isCan() ? 11 : 9).data().toString();
+    QMenu *menu = menuOnRow(row);
+    QVERIFY(menu);
+    fixture->deliver({fixture->rx(7)});
+    fixture->tickData();
+    QVERIFY(rowText(row) != text);
+    RawViewWindowFixture::entry(menu, QStringLiteral("Copy Row"))->trigger();
+    QCOMPARE(clipboardText(), text);
+    RawViewWindowFixture::entry(menu, QStringLiteral("Copy Data"))->trigger();
+    QCOMPARE(clipboardText(), data);
+    menu->close();
+}
+
+void TestRawViewSnapshot::everyCopyKeyTakesTheSelectedRows()
 {
     showFrames();
     QTableView *table = fixture->table();
@@ -237,8 +283,13 @@ void TestRawViewSnapshot::copyKeyTakesTheSelectedRows()
     QTRY_VERIFY(table->hasFocus());
     table->setCurrentIndex(table->model()->index(0, 3));
     selectRow(0);
-    QTest::keySequence(table, QKeySequence::Copy);
-    QCOMPARE(clipboardText(), rowText(0));
+    const QList<QKeySequence> keys = QKeySequence::keyBindings(QKeySequence::Copy);
+    QVERIFY(keys.contains(QKeySequence(int{Qt::CTRL} | int{Qt::Key_Insert})));
+    for (const QKeySequence &key : keys) {
+        QGuiApplication::clipboard()->setText(QStringLiteral("untouched"));
+        QTest::keySequence(table, key);
+        QCOMPARE(clipboardText(), rowText(0));
+    }
     QTest::keySequence(table, QKeySequence::SelectAll);
     QTest::keySequence(table, QKeySequence::Copy);
     QString all;

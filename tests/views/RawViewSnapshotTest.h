@@ -15,6 +15,8 @@ private Q_SLOTS:
     void saveOffersAscInACanViewAlone();
     void pausedViewHoldsStillWhileItIsSaved_data() { twins(); }
     void pausedViewHoldsStillWhileItIsSaved();
+    void savePausesFromTheClickOn_data() { twins(); }
+    void savePausesFromTheClickOn();
     void saveKeepsAnEarlierPause_data() { twins(); }
     void saveKeepsAnEarlierPause();
     void failedSaveGoesOnAsBefore_data() { twins(); }
@@ -29,8 +31,10 @@ private Q_SLOTS:
     void copyEntriesNeedSomethingToCopy();
     void clickedRowMayGoUnderTheMenu_data() { twins(); }
     void clickedRowMayGoUnderTheMenu();
-    void copyKeyTakesTheSelectedRows_data() { twins(); }
-    void copyKeyTakesTheSelectedRows();
+    void copyEntriesTakeTheClickedFrameOfAMovingView_data() { twins(); }
+    void copyEntriesTakeTheClickedFrameOfAMovingView();
+    void everyCopyKeyTakesTheSelectedRows_data() { twins(); }
+    void everyCopyKeyTakesTheSelectedRows();
 
 private:
     static void twins();

@@ -53,6 +53,20 @@ private:
     QStringList m_calls;
 };
 
+class PaintCounter : public QObject
+{
+public:
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        m_count += event->type() == QEvent::Paint ? 1 : 0;
+        return QObject::eventFilter(watched, event);
+    }
+    int count() const { return m_count; }
+
+private:
+    int m_count = 0;
+};
+
 } // namespace
 
 void TestRawViewTicks::twins()
@@ -143,6 +157,31 @@ void TestRawViewTicks::resizingKeepsFollowing()
     showMore(1500);
     QTRY_VERIFY(bar->maximum() > maximum + 500);
     QCOMPARE(bar->value(), 0);
+}
+
+void TestRawViewTicks::timesAreShownAnewInAPausedView()
+{
+    QAbstractItemModel *model = fixture->table()->model();
+    QSignalSpy changes(model, &QAbstractItemModel::dataChanged);
+    fixture->view->onTimesChanged();
+    QVERIFY2(changes.isEmpty(), "there is no row");
+    fixture->deliver(std::vector<TzVciMessage>(3, at(15'000'000, fixture->rx(1))));
+    fixture->tickData();
+    fixture->button("buttonPause")->click();
+    QVERIFY(fixture->view->isPaused());
+    QCoreApplication::processEvents();
+    changes.clear();
+    PaintCounter paints;
+    fixture->table()->viewport()->installEventFilter(&paints);
+    fixture->manager.timeManager().setTimeScaleFactor(1.0);
+    fixture->tickUi();
+    QVERIFY2(changes.isEmpty(), "no tick does it");
+    fixture->view->onTimesChanged();
+    QCOMPARE(changes.count(), 1);
+    QCOMPARE(changes[0][0].toModelIndex(), model->index(0, TzRawViewFamily::TimeColumn));
+    QCOMPARE(changes[0][1].toModelIndex(), model->index(2, TzRawViewFamily::TimeColumn));
+    QTRY_VERIFY(paints.count() > 0);
+    QVERIFY(!model->index(0, TzRawViewFamily::TimeColumn).data().toString().contains(QLatin1Char('.')));
 }
 
 void TestRawViewTicks::timersTickAt20And500Milliseconds()

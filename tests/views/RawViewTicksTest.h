@@ -19,6 +19,8 @@ private Q_SLOTS:
     void viewAtItsEndFollowsNewRows();
     void resizingKeepsFollowing_data() { twins(); }
     void resizingKeepsFollowing();
+    void timesAreShownAnewInAPausedView_data() { twins(); }
+    void timesAreShownAnewInAPausedView();
     void timersTickAt20And500Milliseconds_data() { twins(); }
     void timersTickAt20And500Milliseconds();
     void closingEndsTheRecordingThenTheTimers_data() { twins(); }

@@ -16,12 +16,19 @@ namespace {
 
 constexpr std::chrono::milliseconds confirmationTime{1500};
 
+using Content = CommonCopyManager::Content;
+
+QString confirmationOf(Content content)
+{
+    return content == Content::Data ? CommonCopyManager::tr("Data copied!") : CommonCopyManager::tr("Row copied!");
+}
+
 bool isOf(const QAbstractItemView *view, const QModelIndex &index)
 {
     return view && index.isValid() && index.model() == view->model();
 }
 
-void copyText(QAbstractItemView *view, const QString &text, const QString &confirmation)
+void copyAndConfirm(QAbstractItemView *view, const QString &text, const QString &confirmation)
 {
     QGuiApplication::clipboard()->setText(text);
     QToolTip::showText(QCursor::pos(), confirmation, view, {}, static_cast<int>(confirmationTime.count()));
@@ -41,7 +48,7 @@ bool copyCell(QAbstractItemView *view, const QModelIndex &index, int column)
     const QModelIndex cell = isOf(view, index) ? index.sibling(index.row(), column) : QModelIndex();
     if (!cell.isValid())
         return false;
-    copyText(view, cell.data().toString(), CommonCopyManager::tr("Data copied!"));
+    copyAndConfirm(view, cell.data().toString(), confirmationOf(Content::Data));
     return true;
 }
 
@@ -52,14 +59,14 @@ template <typename View> void copyRows(View *view, const std::vector<TzViewRow> 
     TzViewTextWriter writer(*view->model(), TzViewTextWriter::Style::Tabbed);
     for (const TzViewRow &row : rows)
         writer.addWithChildren(row);
-    copyText(view, writer.text(), confirmation);
+    copyAndConfirm(view, writer.text(), confirmation);
 }
 
 template <typename View> bool copyOneRow(View *view, const QModelIndex &index)
 {
     if (!isOf(view, index))
         return false;
-    copyRows(view, {TzViewTextWriter::rowOf(index)}, CommonCopyManager::tr("Row copied!"));
+    copyRows(view, {TzViewTextWriter::rowOf(index)}, confirmationOf(Content::Row));
     return true;
 }
 
@@ -103,4 +110,12 @@ bool CommonCopyManager::copySelected(QTableView *view)
 bool CommonCopyManager::copySelected(QTreeView *view)
 {
     return copySelectedRows(view);
+}
+
+bool CommonCopyManager::copyText(QAbstractItemView *view, const QString &text, Content content)
+{
+    if (!view)
+        return false;
+    copyAndConfirm(view, text, confirmationOf(content));
+    return true;
 }

@@ -2,7 +2,9 @@
 #pragma once
 
 #include <QObject>
+#include <QString>
 
+class QAbstractItemView;
 class QModelIndex;
 class QTableView;
 class QTreeView;
@@ -26,4 +28,12 @@ public:
     /// nothing is said.
     static bool copySelected(QTableView *view);
     static bool copySelected(QTreeView *view);
+
+    enum class Content
+    {
+        Data,
+        Row
+    };
+    /// Text that was taken from the view before, confirmed as copyData() or copyRow() does.
+    static bool copyText(QAbstractItemView *view, const QString &text, Content content);
 };

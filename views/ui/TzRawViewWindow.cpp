@@ -6,17 +6,17 @@
 #include "logging/ui/LoggerWindow.h"
 #include "vci/ui/TzVciChannelSelectDialog.h"
 #include "views/TzRawViewModel.h"
+#include "views/TzViewTextWriter.h"
 #include "views/ui/CommonCopyManager.h"
 #include "views/ui/CommonFileManager.h"
 #include "views/ui/TzVciViewFilterWidget.h"
 
+#include <QAction>
 #include <QHeaderView>
 #include <QMenu>
 #include <QMessageBox>
-#include <QPersistentModelIndex>
 #include <QPointer>
 #include <QScrollBar>
-#include <QShortcut>
 
 namespace {
 
@@ -109,11 +109,14 @@ void TzRawViewWindow::setUpFilter()
     connect(m_filterWidget, &TzVciViewFilterWidget::filterUpdated, m_model, &TzRawViewModel::onFilter);
 }
 
-// The key is the table's: without it the table would copy the one cell that is current.
+// The keys are the table's: by each that is left out the table would copy the one cell that is current.
 void TzRawViewWindow::setUpCopying()
 {
-    auto *key = new QShortcut(QKeySequence::Copy, m_ui->tableView, nullptr, nullptr, Qt::WidgetShortcut);
-    connect(key, &QShortcut::activated, this, &TzRawViewWindow::copySelected);
+    auto *copy = new QAction(m_ui->tableView);
+    copy->setShortcuts(QKeySequence::Copy);
+    copy->setShortcutContext(Qt::WidgetShortcut);
+    connect(copy, &QAction::triggered, this, &TzRawViewWindow::copySelected);
+    m_ui->tableView->addAction(copy);
 }
 
 void TzRawViewWindow::copySelected()
@@ -162,6 +165,11 @@ void TzRawViewWindow::onUpdateUi()
         m_ui->tableView->scrollToBottom();
 }
 
+void TzRawViewWindow::onTimesChanged()
+{
+    m_model->onTimesChanged();
+}
+
 void TzRawViewWindow::onShowContextMenu(QPoint pos)
 {
     auto *menu = new QMenu(this);
@@ -170,17 +178,22 @@ void TzRawViewWindow::onShowContextMenu(QPoint pos)
     menu->popup(m_ui->tableView->viewport()->mapToGlobal(pos));
 }
 
-// While the menu shows the table may be emptied, and the clicked row be gone.
+// The clicked row's texts are taken now: while the menu shows, the table may be emptied, and in a full one that moves
+// other frames come to stand in the row.
 void TzRawViewWindow::addCopyEntries(QMenu *menu, const QModelIndex &clicked)
 {
-    const QPersistentModelIndex row(clicked);
+    using Content = CommonCopyManager::Content;
     QTableView *table = m_ui->tableView;
-    const auto copyData = [table, row, column = m_model->family().dataColumn] {
-        CommonCopyManager::copyData(table, row, column);
+    const auto add = [this, menu, table, isOnRow = clicked.isValid()](const QString &entry, const QString &text,
+                                                                      Content content) {
+        const auto copy = [table, text, content] { CommonCopyManager::copyText(table, text, content); };
+        menu->addAction(resourceIcon("copy"), entry, this, copy)->setEnabled(isOnRow);
     };
-    menu->addAction(resourceIcon("copy"), tr("Copy Data"), this, copyData)->setEnabled(row.isValid());
-    const auto copyRow = [table, row] { CommonCopyManager::copyRow(table, row); };
-    menu->addAction(resourceIcon("copy"), tr("Copy Row"), this, copyRow)->setEnabled(row.isValid());
+    add(tr("Copy Data"), clicked.siblingAtColumn(m_model->family().dataColumn).data().toString(), Content::Data);
+    TzViewTextWriter line(*m_model, TzViewTextWriter::Style::Tabbed);
+    if (clicked.isValid())
+        line.addRow(TzViewTextWriter::rowOf(clicked));
+    add(tr("Copy Row"), line.text(), Content::Row);
     QAction *selected =
         menu->addAction(resourceIcon("copy"), tr("Copy Selected"), this, &TzRawViewWindow::copySelected);
     selected->setEnabled(table->selectionModel()->hasSelection());
@@ -247,20 +260,22 @@ void TzRawViewWindow::on_buttonRecord_clicked()
     m_logger->activateWindow();
 }
 
+// The table holds still from the click on, so that the file gets what it showed then.
 void TzRawViewWindow::on_buttonSave_clicked()
 {
+    if (m_asking)
+        return;
+    m_wasPausedBeforeSave = isPaused();
+    setPaused(true);
     askLater(&TzRawViewWindow::askForSave);
 }
 
-// The table holds still, so that the file gets what it showed at the click.
 void TzRawViewWindow::askForSave()
 {
-    const bool wasPaused = isPaused();
-    setPaused(true);
     const QPointer<TzRawViewWindow> self(this);
     CommonFileManager::saveTable(m_ui->tableView, this, m_model->family().savesAsc);
     if (self)
-        setPaused(wasPaused);
+        setPaused(m_wasPausedBeforeSave);
 }
 
 void TzRawViewWindow::on_checkBoxFold_stateChanged(int state)

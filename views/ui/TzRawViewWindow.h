@@ -35,6 +35,9 @@ public:
     void stopRecording() override;
     void onReceivedMessages(const std::vector<TzVciMessage> &messages) override;
 
+public Q_SLOTS:
+    void onTimesChanged() override;
+
 protected:
     struct ColumnWidth
     {
@@ -81,4 +84,5 @@ private:
     Common::LoggerWindow *const m_logger;        // a child of this window, shown as a window of its own
     TzVciViewFilterWidget *const m_filterWidget; // a child of this window
     bool m_asking = false;                       // a dialog of this window shows or is about to
+    bool m_wasPausedBeforeSave = false;
 };

@@ -70,6 +70,8 @@ void TzVciBaseViewWindow::setTimersStopped(bool stopped)
 
 void TzVciBaseViewWindow::stopRecording() {}
 
+void TzVciBaseViewWindow::onTimesChanged() {}
+
 void TzVciBaseViewWindow::onClearViewWindow(std::uint8_t windowType)
 {
     const bool sameFamily = TzVciViewKind::isLinFamily(m_viewKind) ? TzVciViewKind::isLinFamily(windowType)

@@ -51,6 +51,8 @@ public Q_SLOTS:
     virtual void onClearViewWindow(std::uint8_t windowType);
     virtual void onUpdateData() = 0; ///< tick of 20 ms
     virtual void onUpdateUi() = 0;   ///< tick of 500 ms
+    /// Times are written in another form or from another reference now: shows them so, paused or not.
+    virtual void onTimesChanged();
     /// The device and channel indexes whose frames may enter.
     void onUpdateFilters(std::unordered_map<std::uint8_t, std::unordered_set<std::uint8_t>> devices);
 
