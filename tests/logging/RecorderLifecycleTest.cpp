@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Start, stop and settings of the recorders.
+#include "common/UnifiedTimeManager.h"
 #include "tests/logging/RecorderFixture.h"
 
 #include <thread>
@@ -37,6 +38,51 @@ TYPED_TEST(Recorder, WritesWhatWasHandedOverBeforeTheStop)
     EXPECT_TRUE(this->log.has(1, TypeParam::threadStarted));
     EXPECT_TRUE(this->log.has(1, TypeParam::threadStopped));
     EXPECT_EQ(this->log.lines().size(), 2u);
+}
+
+template <typename Twin> TzVciMessage numberedMessageAt(std::uint64_t ticks, std::uint32_t number)
+{
+    TzVciMessage message = numberedMessage<Twin>(number);
+    if constexpr (std::is_same_v<Twin, tztest::CanTwin>)
+        tztest::setTime(message, message.frame.can, ticks);
+    else
+        tztest::setTime(message, message.frame.lin, ticks);
+    return message;
+}
+
+/// Waits until all that was handed over is formatted: the flush thread has come back for a further frame.
+template <typename Twin> void waitUntilFormatted(typename Twin::Logger &logger, TzVciMessage message)
+{
+    EXPECT_TRUE(tztest::waitFor([&] { return logger.waitingRecords() == 0; }));
+    EXPECT_TRUE(logger.addMessage(message));
+    EXPECT_TRUE(tztest::waitFor([&] { return logger.waitingRecords() == 0; }));
+}
+
+// The times count from the first frame of the file on the common time base as it is when each frame is written.
+TYPED_TEST(Recorder, ANewTimeReferenceMovesTheTimesUntilTheNextFile)
+{
+    constexpr std::uint64_t second = 10'000'000; // in 0.1 microsecond
+    Common::UnifiedTimeManager time;
+    const int device = numberedMessage<TypeParam>(0).deviceIndex;
+    time.registerDevice(device, 0);
+    typename TestFixture::Logger logger(&time);
+    logger.setConfig(this->configOf("run.csv"));
+    ASSERT_EQ(logger.start(), ok);
+    const TzVciMessage message = numberedMessageAt<TypeParam>(100 * second, 0);
+    logger.addMessage(message);
+    waitUntilFormatted<TypeParam>(logger, message);
+
+    time.registerDevice(device, 150 * second);
+    logger.addMessage(numberedMessageAt<TypeParam>(150 * second + second / 1000, 2));
+    this->fillFile(logger);
+    logger.stop();
+    ASSERT_TRUE(std::filesystem::exists("run.1.csv"));
+    const auto records = this->recordsOf("run.csv"); // each file begins at zero
+    ASSERT_GT(records.size(), 3u);
+    EXPECT_EQ(records[0].time, "0.000000");
+    EXPECT_EQ(records[2].number, 2u);
+    EXPECT_EQ(records[2].time, "-99.999000");
+    EXPECT_EQ(records.back().time, "0.000000"); // of equal frames, after the split
 }
 
 TYPED_TEST(Recorder, AnAscFileEndsInTheClosingLine)
