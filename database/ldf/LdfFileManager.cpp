@@ -31,7 +31,7 @@ HistoryFile LdfFileTraits::defaultHistoryFile()
 std::shared_ptr<const LdfFileEntry> LdfFileTraits::load(const QString &path, const QString &encoding)
 {
     auto entry = std::make_shared<LdfFileEntry>();
-    if (!Common::loadLdfConfig(entry->config, path, encoding)) {
+    if (!Common::LdfParser::loadLdfConfig(entry->config, path, encoding)) {
         Common::logError("Failed to load LDF file: {}", path.toStdString());
         return nullptr;
     }

@@ -33,7 +33,7 @@ struct LdfFileTraits
     static constexpr const char *noLongerExists = "LDF file no longer exists: {}";
     static constexpr const char *historyMissing = "Config file does not exist: {}";
     static constexpr const char *historyNotReadable = "Failed to open config file: {}";
-    static constexpr const char *historyMalformed = "Failed to parse config file: {}";
+    static constexpr const char *historyMalformed = "Failed to parse history file: {}";
     static constexpr const char *historyLoaded = "Loaded {} LDF history files and {} custom map";
     static constexpr const char *historySaved = "Saved {} LDF history files and {} custom map";
     static constexpr const char *loadException = "Exception occurred while loading history: {}";
@@ -48,7 +48,12 @@ class LdfFileManager : public DatabaseFileManager<LdfFileTraits>
 {
 public:
     // Unscoped: the numbers are part of the interface.
-    enum FrameFilter { AllFrames = 0, MasterFrames = 1, SlaveFrames = 2 };
+    enum FrameFilter
+    {
+        AllFrames = 0,
+        MasterFrames = 1,
+        SlaveFrames = 2
+    };
 
     static LdfFileManager &getInstance();
 

@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "database/dbc/DbcExport.h"
+
+#include "database/dbc/DbcMessage.h"
+#include "database/dbc/DbcSignal.h"
+
+#include <QCoreApplication>
+#include <QSet>
+
+#include <cstdint>
+#include <unordered_set>
+
+namespace {
+
+// As a number is shown: the mark of an extended identifier is no part of it.
+constexpr std::uint32_t identifierMask = 0x1FFFFFFF;
+
+QString translated(const char *text)
+{
+    return QCoreApplication::translate("DbcExport", text);
+}
+
+QString repeatedSignalNames(const DbcMessage &message)
+{
+    QString text;
+    QSet<QString> names;
+    for (const DbcSignal &signal : message.signals) {
+        if (names.contains(signal.name))
+            text += translated("Duplicate signal name found: %1\n").arg(signal.name);
+        names.insert(signal.name);
+    }
+    return text;
+}
+
+} // namespace
+
+bool validateMessagesForExport(const std::vector<DbcMessage> &messages, QString &outText)
+{
+    outText.clear();
+    if (messages.empty()) {
+        outText = translated("The current file dbc message is empty");
+        return false;
+    }
+    std::unordered_set<std::uint32_t> ids;
+    for (const DbcMessage &message : messages) {
+        if (!ids.insert(message.id).second) {
+            outText = translated("Duplicate message ID found: 0x%1")
+                          .arg(QString::number(message.id & identifierMask, 16).toUpper());
+            return false;
+        }
+        outText += repeatedSignalNames(message);
+    }
+    return true;
+}

@@ -1,0 +1,93 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "database/history/HistoryFile.h"
+
+#include "common/Log.h"
+#include "common/Utils.h"
+
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QSaveFile>
+
+#include <utility>
+
+namespace {
+
+// 16 paths and a few keys take some KiB.
+constexpr qint64 maxFileBytes = 16 * 1024 * 1024;
+
+const QLatin1String versionKey("version");
+const QLatin1String filePathKey("filePath");
+const QLatin1String customFileMapKey("customFileMap");
+
+} // namespace
+
+HistoryFile::HistoryFile(QString path, QLatin1String filesKey, QLatin1String encodingKey)
+    : m_path(std::move(path))
+    , m_filesKey(filesKey)
+    , m_encodingKey(encodingKey)
+{
+}
+
+HistoryFile::ReadResult HistoryFile::read(FileHistory &history, QString &problem) const
+{
+    QFile file(m_path);
+    if (!file.exists())
+        return ReadResult::Missing;
+    if (!file.open(QIODevice::ReadOnly))
+        return ReadResult::NotReadable;
+    const QByteArray bytes = file.read(maxFileBytes + 1);
+    if (file.error() != QFileDevice::NoError)
+        return ReadResult::NotReadable; // a folder opens, but cannot be read
+    if (bytes.size() > maxFileBytes) {
+        problem = QStringLiteral("the file is too large");
+        return ReadResult::Malformed;
+    }
+    QJsonParseError error;
+    const QJsonObject root = QJsonDocument::fromJson(bytes, &error).object();
+    if (error.error != QJsonParseError::NoError) {
+        problem = error.errorString();
+        return ReadResult::Malformed;
+    }
+    for (const QJsonValue value : root.value(m_filesKey).toArray()) {
+        const QJsonObject element = value.toObject();
+        if (value.isObject())
+            history.files.push_back({element.value(filePathKey).toString(),
+                                     element.value(m_encodingKey).toString(QStringLiteral("UTF-8"))});
+    }
+    const QJsonObject custom = root.value(customFileMapKey).toObject();
+    for (auto key = custom.begin(); key != custom.end(); ++key) {
+        if (const QString text = key.value().toString(); !text.isEmpty())
+            history.customFileMap.emplace(key.key(), text);
+    }
+    return ReadResult::Ok;
+}
+
+bool HistoryFile::write(const FileHistory &history) const
+{
+    if (!Common::Utils::ensureFilePath(m_path.toStdString())) {
+        Common::logError("Failed to create config directory");
+        return false;
+    }
+    QJsonArray files;
+    for (const FileHistory::File &held : history.files)
+        files.append(QJsonObject{{filePathKey, held.filePath}, {m_encodingKey, held.encoding}});
+    QJsonObject custom;
+    for (const auto &[key, value] : history.customFileMap)
+        custom.insert(key, value);
+    const QJsonObject root{{versionKey, QStringLiteral("2.0")}, {m_filesKey, files}, {customFileMapKey, custom}};
+
+    QSaveFile file(m_path);
+    file.setDirectWriteFallback(true); // a folder that takes no new file may hold a file that can be written
+    if (!file.open(QIODevice::WriteOnly)) {
+        Common::logError("Failed to open config file for writing: {}", m_path.toStdString());
+        return false;
+    }
+    file.write(QJsonDocument(root).toJson(QJsonDocument::Indented));
+    if (!file.commit()) { // also tells a write() that fell short
+        Common::logError("Failed to write config file {}: {}", m_path.toStdString(), file.errorString().toStdString());
+        return false;
+    }
+    return true;
+}
