@@ -32,8 +32,15 @@ public:
         m_changed.notify_all();
     }
 
+    /// Callers that wait at this moment.
+    int waitingCallers() const
+    {
+        const std::lock_guard lock(m_mutex);
+        return m_callers;
+    }
+
 private:
-    std::mutex m_mutex; // protects what follows, for moments only
+    mutable std::mutex m_mutex; // protects what follows, for moments only
     std::condition_variable m_changed;
     int m_callers = 0; // that wait
     bool m_held = false;
