@@ -32,10 +32,9 @@ public:
 
 private:
     void checkNad(const LdfNode &node) const;
-    void checkSignals(const LdfNode &node) const;
-    bool checkFrameId(const LdfFrame &frame) const;
+    void checkSignals(const LdfNode &node);
+    bool checkFrameId(const LdfFrame &frame);
     bool checkFrameSizes(const LdfFrame &frame) const;
-    bool isConfigurable(const LdfFrame &frame) const;
     bool checkDiagnosticTable(const LdfScheduleTable &table) const;
 
     double m_p2MaxTime = 50.0;       // ms

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "database/ldf/LdfConfig.h"
+#include "database/ldf/LdfLookups.h"
 
 #include <QObject>
 #include <QString>
@@ -61,12 +62,11 @@ protected:
     bool isPublishedByMaster(const LdfFrame &frame) const { return frame.publisher == m_config.master.name; }
     /// The slave of that name, or null.
     const LdfNode *findSlave(const QString &name) const;
-    /// The first signal of that name in the unconditional frames, or null.
-    const LdfSignal *findFrameSignal(const QString &name) const;
+    LdfLookups &lookups() noexcept { return m_lookups; }
     /// Time of one bit on the bus, in ms; 0 for a bus without speed.
     double bitTimeMs() const noexcept;
-    /// The longest delay in a schedule table, 0 when it is empty.
-    void takeCollisionDelay(LdfFrame &frame, const LdfEventTriggeredFrame &eventFrame) const;
+    /// Sets the frame's longest period to the longest delay of the collision table, where one is named and exists.
+    void takeCollisionDelay(LdfFrame &frame, const LdfEventTriggeredFrame &eventFrame);
 
 private:
     void clear();
@@ -75,6 +75,7 @@ private:
     void fillInitialValues();
 
     LdfConfig m_config;
+    LdfLookups m_lookups{m_config};
     QString m_filePath;
     std::map<QString, LdfSignal> m_signals;     // while reading
     std::map<QString, LdfEncoding> m_encodings; // while reading

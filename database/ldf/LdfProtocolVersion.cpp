@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "database/ldf/LdfProtocolVersion.h"
 
-#include "database/ldf/LdfPatterns.h"
+#include "database/text/Sections.h"
 
 #include <QRegularExpression>
 
@@ -50,6 +50,6 @@ QString ldfProtocolVersionText(LdfProtocolVersion version)
 LdfProtocolVersion detectLdfProtocolVersion(const QString &preparedText)
 {
     static const QRegularExpression pattern(QStringLiteral("LIN_protocol_version\\s*=\\s*\"([^\"]+)\""));
-    const auto match = Common::firstLdfMatch(pattern, preparedText);
+    const auto match = Common::Sections::match(pattern, preparedText);
     return match.hasMatch() ? versionOf(match.captured(1).trimmed()) : LdfProtocolVersion::unknown;
 }

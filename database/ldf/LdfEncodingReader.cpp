@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "database/ldf/LdfSectionReaders.h"
+
+#include "common/Log.h"
+#include "database/ldf/LdfNumbers.h"
+#include "database/ldf/LdfSections.h"
+#include "database/ldf/LdfStatements.h"
+#include "database/text/LogText.h"
+
+namespace Common {
+namespace {
+
+void addPhysicalRange(const LdfMatch &match, LdfEncoding &encoding)
+{
+    LdfPhysicalRange range;
+    range.minRaw = ldfCIntegerOrZero<std::uint32_t>(match[1]);
+    range.maxRaw = ldfCIntegerOrZero<std::uint32_t>(match[2]);
+    range.factor = Numbers::doubleOrZero(match[3]);
+    range.offset = Numbers::doubleOrZero(match[4]);
+    range.unit = match.text(5);
+    encoding.physicalRanges[range.maxRaw] = range;
+}
+
+// False where nothing of the encoding could be read.
+bool readValues(QStringView text, LdfEncoding &encoding)
+{
+    bool hasValue = false;
+    for (const QStringView part : ldfParts(text, u';')) {
+        if (const LdfMatch physical = matchLdfPhysicalValue(part)) {
+            addPhysicalRange(physical, encoding);
+            hasValue = true;
+        } else if (const LdfMatch logical = matchLdfLogicalValue(part)) {
+            const auto key = readLdfCInteger<std::uint32_t>(logical[1]);
+            if (!key)
+                continue;
+            encoding.logicalValues[*key] = logical.text(2);
+            hasValue = true;
+        }
+    }
+    return hasValue;
+}
+
+} // namespace
+
+bool readLdfEncodings(const QString &text, const LdfReading &reading)
+{
+    const auto section = findLdfSection(text, u"Signal_encoding_types");
+    if (!section) {
+        logInfo("No signal encoding types section found");
+        return true;
+    }
+    for (const QStringView part : ldfParts(*section, u'}')) {
+        const LdfMatch start = matchLdfBlockStart(part);
+        if (!start)
+            continue;
+        LdfEncoding encoding;
+        encoding.name = start.text(1);
+        if (!readValues(part.mid(start.end), encoding)) {
+            logError("Failed to parse encoding values for {}", LogText(encoding.name));
+            return false;
+        }
+        reading.encodings[encoding.name] = encoding;
+    }
+    return true;
+}
+
+} // namespace Common

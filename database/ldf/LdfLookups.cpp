@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "database/ldf/LdfLookups.h"
+
+#include <algorithm>
+
+namespace Common {
+
+void LdfLookups::clear()
+{
+    m_frameSignals.reset();
+    m_configurableFrames.reset();
+    m_longestDelays.reset();
+}
+
+const LdfSignal *LdfLookups::frameSignal(const QString &name)
+{
+    if (!m_frameSignals) {
+        m_frameSignals.emplace();
+        for (const auto &[frameName, frame] : m_config.frames) {
+            for (const auto &[signalName, signal] : frame.signals) {
+                if (!m_frameSignals->contains(signalName))
+                    m_frameSignals->insert(signalName, &signal);
+            }
+        }
+    }
+    return m_frameSignals->value(name, nullptr);
+}
+
+bool LdfLookups::isConfigurable(const QString &frameName)
+{
+    if (!m_configurableFrames) {
+        m_configurableFrames.emplace();
+        for (const auto &[slaveName, slave] : m_config.slaves) {
+            for (const QString &name : slave.configurableFrames)
+                m_configurableFrames->insert(name);
+        }
+    }
+    return m_configurableFrames->contains(frameName);
+}
+
+std::optional<double> LdfLookups::longestDelay(const QString &tableName)
+{
+    if (!m_longestDelays) {
+        m_longestDelays.emplace();
+        for (const LdfScheduleTable &table : m_config.scheduleTables) {
+            double longest = 0.0;
+            for (const LdfScheduleEntry &entry : table.entries)
+                longest = std::max(longest, entry.delay);
+            if (!m_longestDelays->contains(table.name))
+                m_longestDelays->insert(table.name, longest);
+        }
+    }
+    const auto delay = m_longestDelays->constFind(tableName);
+    return delay == m_longestDelays->constEnd() ? std::nullopt : std::optional(delay.value());
+}
+
+} // namespace Common

@@ -1,0 +1,216 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "database/ldf/LdfSectionReaders.h"
+
+#include "common/Log.h"
+#include "database/ldf/LdfNumbers.h"
+#include "database/ldf/LdfParser.h"
+#include "database/ldf/LdfSections.h"
+#include "database/ldf/LdfStatements.h"
+#include "database/text/LogText.h"
+#include "database/text/TextLines.h"
+
+#include <cmath>
+
+namespace Common {
+namespace {
+
+constexpr double noPeriod = 1e-6; // ms; a shorter period is none
+// How often members of event-triggered frames may be updated, slots times members: far beyond any real cluster.
+constexpr std::size_t memberUpdatesAllowed = 200'000;
+
+struct TableText
+{
+    QString name;
+    QString text;
+};
+
+std::uint32_t tableType(const QString &name)
+{
+    if (name == QLatin1String("ETFCollisionResolving"))
+        return LdfScheduleTableType::collisionResolving;
+    if (name == QLatin1String("InitTable"))
+        return LdfScheduleTableType::init;
+    if (name == QLatin1String("MasterReqTable"))
+        return LdfScheduleTableType::masterRequest;
+    if (name == QLatin1String("SlaveRespTable"))
+        return LdfScheduleTableType::slaveResponse;
+    return LdfScheduleTableType::ordinary;
+}
+
+// Walks the lines; a line that opens a table counts as its opening alone, so a table ends on a line behind that one.
+std::vector<TableText> splitTables(QStringView section)
+{
+    std::vector<TableText> tables;
+    int depth = 0;
+    bool isInside = false;
+    for (QStringView rest = section; !rest.isEmpty();) {
+        const QStringView line = takeLine(rest).trimmed();
+        if (line.isEmpty())
+            continue;
+        if (!isInside) {
+            if (const LdfMatch start = matchLdfBlockStart(line)) {
+                tables.push_back({start.text(1), line.mid(start.end).toString() + u'\n'});
+                isInside = true;
+                depth = 1;
+            }
+            continue;
+        }
+        for (const QChar character : line)
+            depth += character == u'{' ? 1 : character == u'}' ? -1 : 0;
+        isInside = depth != 0;
+        if (isInside)
+            tables.back().text.append(line.data(), static_cast<int>(line.size())).append(u'\n');
+    }
+    if (isInside) {
+        logWarning("Schedule table '{}' is not closed, it is left out", LogText(tables.back().name));
+        tables.pop_back();
+    }
+    return tables;
+}
+
+QString withoutLineComments(QStringView text)
+{
+    QString kept;
+    while (!text.isEmpty()) {
+        const QStringView line = takeLine(text);
+        const qsizetype comment = line.indexOf(u"//");
+        const QStringView code = comment < 0 ? line : line.left(comment);
+        kept.append(code.data(), static_cast<int>(code.size())).append(u'\n');
+    }
+    return kept;
+}
+
+bool isFrameName(const QString &name, const LdfConfig &config)
+{
+    return config.frames.count(name) > 0 || config.diagnosticFrames.count(name) > 0 ||
+           config.sporadicFrames.count(name) > 0 || config.eventTriggeredFrames.count(name) > 0 ||
+           name == QLatin1String("MasterReq") || name == QLatin1String("SlaveResp");
+}
+
+bool readEntry(QStringView part, const LdfConfig &config, LdfScheduleEntry &entry)
+{
+    const LdfMatch match = matchLdfFrameSlot(part);
+    if (!match || !isFrameName(match.text(1), config))
+        return false;
+    entry.frameName = match.text(1);
+    entry.delay = Numbers::doubleOrZero(match[2]);
+    return true;
+}
+
+bool readInitEntry(QStringView part, LdfScheduleEntry &entry)
+{
+    if (const LdfMatch slot = matchLdfFrameSlot(part)) {
+        entry.frameName = slot.text(1);
+        entry.delay = Numbers::doubleOrZero(slot[2]);
+        return true;
+    }
+    const LdfMatch command = matchLdfCommandSlot(part);
+    if (!command)
+        return false;
+    entry.command = command.text(1);
+    entry.arguments = ldfCommaList(command[2]);
+    entry.delay = Numbers::doubleOrZero(command[3]);
+    return true;
+}
+
+bool readTable(const TableText &source, const LdfReading &reading)
+{
+    LdfScheduleTable table;
+    table.name = source.name;
+    table.type = tableType(source.name);
+    const QString text = withoutLineComments(source.text);
+    for (const QStringView part : ldfParts(text, u';')) {
+        if (part.isEmpty())
+            continue;
+        LdfScheduleEntry entry;
+        const bool isRead = table.type == LdfScheduleTableType::init ? readInitEntry(part, entry)
+                                                                     : readEntry(part, reading.config, entry);
+        if (!isRead)
+            return false;
+        table.entries.push_back(entry);
+    }
+    reading.config.scheduleTables.push_back(table);
+    return true;
+}
+
+LdfFrame *findFrame(const QString &name, LdfConfig &config)
+{
+    for (auto *frames : {&config.frames, &config.diagnosticFrames}) {
+        const auto frame = frames->find(name);
+        if (frame != frames->end())
+            return &frame->second;
+    }
+    return nullptr;
+}
+
+void updatePeriods(LdfFrame &frame, const LdfScheduleEntry &entry, std::uint32_t type)
+{
+    const bool isOrdinary = type == LdfScheduleTableType::ordinary;
+    if (isOrdinary && entry.delay > frame.maxPeriod)
+        frame.maxPeriod = entry.delay;
+    if ((isOrdinary || type == LdfScheduleTableType::timed) &&
+        (std::abs(frame.minPeriod) < noPeriod || frame.minPeriod > entry.delay))
+        frame.minPeriod = entry.delay;
+}
+
+// False where a hostile file would keep the reader busy for hours.
+bool applyEntry(const LdfScheduleEntry &entry, std::uint32_t type, const LdfReading &reading,
+                std::size_t &memberUpdates)
+{
+    if (LdfFrame *frame = findFrame(entry.frameName, reading.config)) {
+        updatePeriods(*frame, entry, type);
+        reading.rules.updateFrameTiming(*frame); // what it finds wrong it logs; the table stands
+    }
+    const auto event = reading.config.eventTriggeredFrames.find(entry.frameName);
+    if (event == reading.config.eventTriggeredFrames.end())
+        return true;
+    memberUpdates += static_cast<std::size_t>(event->second.frames.size());
+    if (memberUpdates > memberUpdatesAllowed) {
+        logError("Too many slots for event triggered frame {}", LogText(entry.frameName));
+        return false;
+    }
+    for (const QString &name : event->second.frames) {
+        const auto member = reading.config.frames.find(name);
+        if (member != reading.config.frames.end())
+            reading.rules.updateEventTriggeredFrame(member->second, event->second);
+    }
+    return true;
+}
+
+} // namespace
+
+bool readLdfSchedules(const QString &text, const LdfReading &reading)
+{
+    const auto section = findLdfSection(text, u"Schedule_tables");
+    if (!section) {
+        logError("Schedule tables section not found in LDF file");
+        return false;
+    }
+    for (const TableText &table : splitTables(*section)) {
+        if (!readTable(table, reading))
+            return false;
+    }
+    return applyLdfSchedules(reading);
+}
+
+bool applyLdfSchedules(const LdfReading &reading)
+{
+    std::size_t memberUpdates = 0;
+    for (const LdfScheduleTable &table : reading.config.scheduleTables) {
+        for (const LdfScheduleEntry &entry : table.entries) {
+            if (!entry.frameName.isEmpty() && !applyEntry(entry, table.type, reading, memberUpdates))
+                return false;
+        }
+        if (table.name.isEmpty())
+            return false;
+        for (const LdfScheduleEntry &entry : table.entries) {
+            if (!entry.frameName.isEmpty() && !isFrameName(entry.frameName, reading.config))
+                return false;
+        }
+        if (!reading.rules.validateScheduleTable(table))
+            return false;
+    }
+    return true;
+}
+
+} // namespace Common

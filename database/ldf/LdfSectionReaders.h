@@ -1,0 +1,53 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "database/ldf/LdfConfig.h"
+
+#include <QString>
+#include <QStringView>
+
+#include <map>
+#include <optional>
+
+namespace Common {
+
+class LdfParser;
+
+/// What the readers of one file share.
+struct LdfReading
+{
+    LdfParser &rules; ///< asked for what the file's standard adds
+    LdfConfig &config;
+    std::map<QString, LdfSignal> &signals;
+    std::map<QString, LdfEncoding> &encodings;
+
+    bool isNode(const QString &name) const { return name == config.master.name || config.slaves.count(name) > 0; }
+};
+
+// One reader a section, in the order in which they are called. Each takes the whole prepared text. False: the file is
+// refused.
+
+bool readLdfNodes(const QString &text, const LdfReading &reading);
+/// The node's block of the section Node_attributes.
+bool readLdfNodeAttributes(const QString &block, LdfNode &node, LdfParser &rules);
+
+bool readLdfEncodings(const QString &text, const LdfReading &reading);
+bool readLdfSignals(const QString &text, const LdfReading &reading);
+bool readLdfDiagnosticSignals(const QString &text, const LdfReading &reading);
+bool readLdfRepresentations(const QString &text, const LdfReading &reading);
+
+bool readLdfFrames(const QString &text, const LdfReading &reading);
+bool readLdfDiagnosticFrames(const QString &text, const LdfReading &reading);
+bool readLdfSporadicFrames(const QString &text, const LdfReading &reading);
+bool readLdfEventTriggeredFrames(const QString &text, const LdfReading &reading);
+/// Places the signals of a frame's block.
+bool readLdfFrameSignals(QStringView block, LdfFrame &frame, const LdfReading &reading);
+
+bool readLdfSchedules(const QString &text, const LdfReading &reading);
+/// Takes the tables' delays over to the frames and checks the tables.
+bool applyLdfSchedules(const LdfReading &reading);
+
+bool validateLdfNodes(const LdfReading &reading);
+void printLdfSummary(const LdfReading &reading);
+
+} // namespace Common

@@ -1,0 +1,119 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "database/ldf/LdfSectionReaders.h"
+
+#include "common/Log.h"
+#include "database/ldf/LdfNumbers.h"
+#include "database/ldf/LdfSections.h"
+#include "database/ldf/LdfStatements.h"
+#include "database/text/LogText.h"
+
+namespace Common {
+namespace {
+
+constexpr std::uint16_t maximumDiagnosticSize = 64; // bits: the whole of a diagnostic frame
+
+LdfSignal signalOf(const LdfMatch &match)
+{
+    LdfSignal signal;
+    signal.name = match.text(1);
+    signal.size = Numbers::integerOrZero<std::uint16_t>(match[2]);
+    signal.initialValue = match.text(3);
+    signal.publisher = match.text(4);
+    for (const QString &subscriber : ldfCommaList(match[5])) {
+        if (!subscriber.isEmpty())
+            signal.subscribers.append(subscriber);
+    }
+    signal.comment = match.text(6);
+    return signal;
+}
+
+std::optional<LdfSignal> readSignalLine(QStringView line)
+{
+    if (const LdfMatch array = matchLdfArraySignal(line)) {
+        LdfSignal signal = signalOf(array);
+        signal.initialValue = u'{' + signal.initialValue + u'}';
+        return signal;
+    }
+    if (const LdfMatch scalar = matchLdfScalarSignal(line))
+        return signalOf(scalar);
+    logWarning("Invalid signal format: {}", LogText(line));
+    return std::nullopt;
+}
+
+bool isValidDiagnosticSignal(const LdfSignal &signal, const LdfReading &reading)
+{
+    return !signal.name.isEmpty() && signal.size <= maximumDiagnosticSize &&
+           (signal.publisher.isEmpty() || reading.isNode(signal.publisher));
+}
+
+void represent(const LdfEncoding &encoding, QStringView signalList, std::map<QString, LdfSignal> &signals)
+{
+    for (const QString &name : ldfCommaList(signalList)) {
+        const auto signal = signals.find(name);
+        if (signal == signals.end())
+            logWarning("Signal {} not found for encoding {}", LogText(name), LogText(encoding.name));
+        else
+            signal->second.encoding = encoding;
+    }
+}
+
+} // namespace
+
+bool readLdfSignals(const QString &text, const LdfReading &reading)
+{
+    const auto section = findLdfSection(text, u"Signals");
+    if (!section) {
+        logInfo("No signals section found");
+        return true;
+    }
+    for (const QStringView line : ldfParts(*section, u'\n')) {
+        if (auto signal = readSignalLine(line))
+            reading.signals[signal->name] = *signal;
+    }
+    return true;
+}
+
+bool readLdfDiagnosticSignals(const QString &text, const LdfReading &reading)
+{
+    const auto section = findLdfSection(text, u"Diagnostic_signals");
+    if (!section) {
+        logInfo("No diagnostic signals section found");
+        return true;
+    }
+    for (const QStringView part : ldfParts(*section, u';')) {
+        const LdfMatch match = matchLdfDiagnosticSignal(part);
+        if (!match)
+            continue;
+        const LdfSignal signal = signalOf(match);
+        if (!isValidDiagnosticSignal(signal, reading)) {
+            logError("Invalid diagnostic signal: {}", LogText(signal.name));
+            return false;
+        }
+        reading.signals[signal.name] = signal;
+    }
+    return true;
+}
+
+bool readLdfRepresentations(const QString &text, const LdfReading &reading)
+{
+    const auto section = findLdfSection(text, u"Signal_representation");
+    if (!section) {
+        logInfo("No signal representation section found");
+        return true;
+    }
+    for (const QStringView part : ldfParts(*section, u';')) {
+        const LdfMatch match = matchLdfNamedList(part);
+        if (!match) {
+            logWarning("Invalid signal representation format: {}", LogText(part));
+            continue;
+        }
+        const auto encoding = reading.encodings.find(match.text(1));
+        if (encoding == reading.encodings.end())
+            logWarning("Encoding {} not found, skipping representation", LogText(match[1]));
+        else
+            represent(encoding->second, match[2], reading.signals);
+    }
+    return true;
+}
+
+} // namespace Common
