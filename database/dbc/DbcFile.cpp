@@ -45,11 +45,11 @@ void DbcFile::indexMessage(const MessagePlace &place)
     TextMap<SignalPlace> &places = m_signalPlaces[message.id];
     places.reserve(places.size() + message.signals.size());
     for (std::size_t index = 0; index < message.signals.size(); ++index) {
-        const SignalPlace signalPlace{place, index};
-        const auto [entry, isNew] = places.try_emplace(message.signals[index].name, signalPlace);
+        const auto [entry, isNew] = places.try_emplace(message.signals[index].name, SignalPlace{place, index, index});
         if (isNew)
             continue;
-        entry->second = signalPlace;
+        SignalPlace &known = entry->second;
+        known = {place, known.message == place ? known.firstIndex : index, index};
         if (!place.isSpecial) {
             Common::logWarning("Duplicate signal name {} in message {}", Common::LogText(message.signals[index].name),
                                message.id);
@@ -62,12 +62,27 @@ const DbcMessage &DbcFile::messageAt(const MessagePlace &place) const
     return place.isSpecial ? specialMessages[place.index] : messages[place.index];
 }
 
-const DbcMessage *DbcFile::findMessage(std::uint32_t number) const
+const DbcFile::MessagePlace *DbcFile::placeOf(std::uint32_t number) const
 {
     auto entry = m_messagePlaces.find(number);
     if (entry == m_messagePlaces.end())
         entry = m_messagePlaces.find(number & identifierMask);
-    return entry == m_messagePlaces.end() ? nullptr : &messageAt(entry->second);
+    return entry == m_messagePlaces.end() ? nullptr : &entry->second;
+}
+
+const DbcFile::SignalPlace *DbcFile::placeOf(std::uint32_t id, QStringView name) const
+{
+    const auto places = m_signalPlaces.find(id);
+    if (places == m_signalPlaces.end())
+        return nullptr;
+    const auto entry = places->second.find(name);
+    return entry == places->second.end() ? nullptr : &entry->second;
+}
+
+const DbcMessage *DbcFile::findMessage(std::uint32_t number) const
+{
+    const MessagePlace *place = placeOf(number);
+    return place == nullptr ? nullptr : &messageAt(*place);
 }
 
 DbcMessage *DbcFile::findMessage(std::uint32_t number)
@@ -75,24 +90,27 @@ DbcMessage *DbcFile::findMessage(std::uint32_t number)
     return const_cast<DbcMessage *>(std::as_const(*this).findMessage(number));
 }
 
-const DbcSignal *DbcFile::signalAt(std::uint32_t id, QStringView name) const
-{
-    const auto places = m_signalPlaces.find(id);
-    if (places == m_signalPlaces.end())
-        return nullptr;
-    const auto entry = places->second.find(name);
-    return entry == places->second.end() ? nullptr : &messageAt(entry->second.message).signals[entry->second.index];
-}
-
 const DbcSignal *DbcFile::findSignal(std::uint32_t number, QStringView name) const
 {
-    const DbcSignal *signal = signalAt(number, name);
-    return signal != nullptr ? signal : signalAt(number & identifierMask, name);
+    const SignalPlace *place = placeOf(number, name);
+    if (place == nullptr)
+        place = placeOf(number & identifierMask, name);
+    return place == nullptr ? nullptr : &messageAt(place->message).signals[place->lastIndex];
 }
 
 DbcSignal *DbcFile::findSignal(std::uint32_t number, QStringView name)
 {
     return const_cast<DbcSignal *>(std::as_const(*this).findSignal(number, name));
+}
+
+DbcSignal *DbcFile::findFirstSignal(std::uint32_t number, QStringView name)
+{
+    const MessagePlace *messagePlace = placeOf(number);
+    if (messagePlace == nullptr)
+        return nullptr;
+    DbcMessage &message = const_cast<DbcMessage &>(messageAt(*messagePlace));
+    const SignalPlace *place = placeOf(message.id, name);
+    return place != nullptr && place->message == *messagePlace ? &message.signals[place->firstIndex] : nullptr;
 }
 
 const DbcNode *DbcFile::findNode(QStringView name) const

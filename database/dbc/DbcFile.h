@@ -50,6 +50,8 @@ struct DbcFile
     const DbcMessage *findMessage(std::uint32_t number) const;
     DbcSignal *findSignal(std::uint32_t number, QStringView name);
     const DbcSignal *findSignal(std::uint32_t number, QStringView name) const;
+    /// The first signal of that name in the message that findMessage() finds; findSignal() finds the last.
+    DbcSignal *findFirstSignal(std::uint32_t number, QStringView name);
     DbcNode *findNode(QStringView name);
     const DbcNode *findNode(QStringView name) const;
 
@@ -71,16 +73,19 @@ private:
     {
         bool isSpecial = false;
         std::size_t index = 0;
+        bool operator==(const MessagePlace &) const = default;
     };
     struct SignalPlace
     {
         MessagePlace message;
-        std::size_t index = 0;
+        std::size_t firstIndex = 0; ///< in that message
+        std::size_t lastIndex = 0;
     };
 
     void indexMessage(const MessagePlace &place);
+    const MessagePlace *placeOf(std::uint32_t number) const;
+    const SignalPlace *placeOf(std::uint32_t id, QStringView name) const;
     const DbcMessage &messageAt(const MessagePlace &place) const;
-    const DbcSignal *signalAt(std::uint32_t id, QStringView name) const;
 
     std::unordered_map<std::uint32_t, MessagePlace> m_messagePlaces;
     std::unordered_map<std::uint32_t, TextMap<SignalPlace>> m_signalPlaces;

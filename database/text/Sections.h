@@ -6,20 +6,31 @@
 #include <QStringView>
 
 #include <optional>
+#include <span>
 
-/// Where sections begin and end in a prepared text.
+/// Where sections begin and end in a prepared text. All views are into the text that was passed in. Linear.
 namespace Common::Sections {
 
-/// The range between two matches, trimmed: from the end of the first match of @p begin to the start of the next match
-/// of @p end or to the text's end. It views @p text. Nothing where @p begin has no match. Nothing is logged but a
-/// failure of the engine.
-std::optional<QStringView> between(const QString &text, const QRegularExpression &begin, const QRegularExpression &end);
+/// A range of a text.
+struct Range
+{
+    qsizetype begin = 0;
+    qsizetype end = 0; ///< one behind the last character
+};
 
-/// `\b<name>\b` with the name escaped.
-QRegularExpression namePattern(const QString &name);
+/// First match of `\b(<word>|<word>...)\b` from @p from on, for words made of letters, digits and underscores: the next
+/// whole word that is one of them.
+std::optional<Range> findWord(QStringView text, std::span<const QStringView> words, qsizetype from = 0);
 
-/// The first match from @p offset on. A failure of the engine (its limits, a broken text) is logged at error level and
-/// gives a match without a match.
-QRegularExpressionMatch match(const QRegularExpression &pattern, const QString &text, int offset = 0);
+/// First match of `^<keyword>\s*:` from @p from on, where `^` is the begin of any line.
+std::optional<Range> findLineHead(QStringView text, QStringView keyword, qsizetype from = 0);
+
+/// The section @p name, trimmed: from the end of that word to the next word of @p endWords, or to the end of the text.
+/// Without the word, logs so at debug level.
+std::optional<QStringView> findSection(QStringView text, QStringView name, std::span<const QStringView> endWords);
+
+/// Applies a pattern to a short text. A failure of the engine (its limits, a broken text) is logged at error level and
+/// gives a match that has none.
+QRegularExpressionMatch match(const QRegularExpression &pattern, const QString &text);
 
 } // namespace Common::Sections

@@ -1,0 +1,95 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "database/dbc/DbcHeaderReader.h"
+
+#include "common/Log.h"
+#include "database/dbc/DbcFile.h"
+#include "database/dbc/DbcNodeCheck.h"
+#include "database/text/Sections.h"
+#include "database/text/TextCursor.h"
+#include "database/text/TextLines.h"
+
+using Common::TextCursor;
+
+namespace DbcHeaderReader {
+
+namespace {
+
+constexpr QStringView versionKeyword = u"VERSION";
+// The words that end a section; any other word, EV_ or SG_ for example, belongs to it.
+constexpr QStringView sectionWords[] = {u"VERSION", u"NS_",     u"VAL_TABLE_", u"BU_", u"BO_",
+                                        u"CM_",     u"BA_DEF_", u"BA_",        u"VAL_"};
+
+// `VERSION\s+"([^"]*)"`
+std::optional<QStringView> findVersion(QStringView text)
+{
+    for (qsizetype found = Common::findLiteral(text, versionKeyword, 0); found >= 0;
+         found = Common::findLiteral(text, versionKeyword, found + 1)) {
+        TextCursor cursor(text, found + versionKeyword.size());
+        if (cursor.takeBlanks().isEmpty() || !cursor.take(u'"'))
+            continue;
+        QStringView version;
+        if (!cursor.takeUpTo(u'"', version))
+            return std::nullopt; // no quote is left
+        return version;
+    }
+    return std::nullopt;
+}
+
+std::optional<QStringView> findNewSymbols(QStringView text)
+{
+    const auto head = Common::Sections::findLineHead(text, u"NS_");
+    if (!head) {
+        Common::logWarning("NS_ section not found");
+        return std::nullopt;
+    }
+    const auto next = Common::Sections::findLineHead(text, u"BS_", head->end);
+    const qsizetype end = next ? next->begin : text.size();
+    return text.mid(head->end, end - head->end).trimmed();
+}
+
+} // namespace
+
+void readVersion(const QString &text, DbcFile &file)
+{
+    if (const auto version = findVersion(text))
+        file.version = version->toString();
+    else
+        Common::logWarning("VERSION section not found or empty");
+}
+
+bool readNewSymbols(const QString &text, DbcFile &file)
+{
+    auto block = findNewSymbols(text);
+    if (!block) {
+        Common::logWarning("NS_ section not found or empty");
+        return false;
+    }
+    while (!block->isEmpty()) {
+        const QStringView line = Common::takeLine(*block).trimmed();
+        if (!line.isEmpty() && line != QStringView(u":"))
+            file.newSymbols.append(line.toString());
+    }
+    return true;
+}
+
+void readNodes(const QString &text, DbcFile &file)
+{
+    const auto section = Common::Sections::findSection(text, u"BU_", sectionWords);
+    if (!section) {
+        Common::logError("BU_ section not found");
+        return;
+    }
+    const qsizetype colon = section->indexOf(u':');
+    if (colon < 0) {
+        Common::logError("Invalid BU_ section format");
+        return;
+    }
+    TextCursor cursor(section->mid(colon + 1).trimmed());
+    for (cursor.takeBlanks(); !cursor.atEnd(); cursor.takeBlanks()) {
+        const QStringView word =
+            cursor.takeWhile([](QChar character) { return !Common::TextClass::isBlank(character); });
+        DbcNodeCheck::addIfValid(word.toString(), file);
+    }
+}
+
+} // namespace DbcHeaderReader

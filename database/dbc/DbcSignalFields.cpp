@@ -1,0 +1,115 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "database/dbc/DbcSignalFields.h"
+
+#include "database/dbc/DbcSignal.h"
+#include "database/text/Numbers.h"
+#include "database/text/QuotedText.h"
+#include "database/text/TextCursor.h"
+
+#include <array>
+#include <optional>
+
+using Common::Numbers::doubleOrZero;
+using Common::Numbers::integerOrZero;
+
+namespace DbcSignalFields {
+
+namespace {
+
+using Pair = std::array<QStringView, 2>;
+
+// The parts between separators when exactly two of them are not empty.
+std::optional<Pair> twoParts(QStringView text, char16_t separator)
+{
+    Pair parts;
+    std::size_t count = 0;
+    while (!text.isEmpty()) {
+        const qsizetype found = text.indexOf(QChar(separator));
+        const QStringView part = found < 0 ? text : text.left(found);
+        text = found < 0 ? QStringView() : text.mid(found + 1);
+        if (part.isEmpty())
+            continue;
+        if (count == parts.size())
+            return std::nullopt;
+        parts[count++] = part;
+    }
+    return count == parts.size() ? std::optional(parts) : std::nullopt;
+}
+
+// What the raw value can be, scaled. Shift counts wrap at 64, so an unsigned 64-bit signal has the range of nothing but
+// its offset: users of such files rely on the range that has always been shown.
+void deriveRange(DbcSignal &signal)
+{
+    constexpr unsigned shiftMask = 63;
+    if (signal.isSigned) {
+        const std::uint64_t power = std::uint64_t{1} << ((signal.size - 1U) & shiftMask);
+        const auto largest = static_cast<std::int64_t>(power - 1);
+        const auto smallest = static_cast<std::int64_t>(std::uint64_t{0} - power);
+        signal.maximum = static_cast<double>(largest) * signal.factor + signal.offset;
+        signal.minimum = static_cast<double>(smallest) * signal.factor + signal.offset;
+    } else {
+        const std::uint64_t largest = (std::uint64_t{1} << (signal.size & shiftMask)) - 1;
+        signal.maximum = static_cast<double>(largest) * signal.factor + signal.offset;
+        signal.minimum = signal.offset;
+    }
+}
+
+void applyRange(const std::optional<Pair> &range, DbcSignal &signal)
+{
+    if (range) {
+        signal.minimum = doubleOrZero((*range)[0]);
+        signal.maximum = doubleOrZero((*range)[1]);
+    }
+    if (signal.minimum == 0.0 && signal.maximum == 0.0) // none, or "[0|0]"
+        deriveRange(signal);
+}
+
+bool hasExponent(QStringView number)
+{
+    return number.contains(u'E', Qt::CaseInsensitive);
+}
+
+// The range of a float is written with an exponent; nothing else in the line tells. SIG_VALTYPE_, which would, comes
+// too late in the file and leaves the type alone.
+void detectFloat(const std::optional<Pair> &range, DbcSignal &signal)
+{
+    const bool isPlain = signal.factor == 1.0 && signal.offset == 0.0;
+    if (!isPlain || !range || !(hasExponent((*range)[0]) || hasExponent((*range)[1])))
+        return;
+    if (signal.size == 32)
+        signal.valueType = 1;
+    else if (signal.size == 64)
+        signal.valueType = 2;
+}
+
+// Separated by `\s*,\s*|\s+`, empty ones left out.
+QStringList splitReceivers(QStringView text)
+{
+    const auto isSeparator = [](QChar character) { return character == u',' || Common::TextClass::isBlank(character); };
+    QStringList receivers;
+    Common::TextCursor cursor(text);
+    for (cursor.takeWhile(isSeparator); !cursor.atEnd(); cursor.takeWhile(isSeparator))
+        receivers.append(cursor.takeWhile([&](QChar character) { return !isSeparator(character); }).toString());
+    return receivers;
+}
+
+} // namespace
+
+void apply(const DbcScan::SignalBody &body, DbcSignal &signal)
+{
+    signal.startBit = integerOrZero<std::uint16_t>(body.startBit);
+    signal.size = integerOrZero<std::uint16_t>(body.size);
+    signal.isBigEndian = body.isBigEndian;
+    signal.isSigned = body.isSigned;
+    if (const auto scaling = twoParts(body.scaling, u',')) {
+        signal.factor = doubleOrZero((*scaling)[0]);
+        signal.offset = doubleOrZero((*scaling)[1]);
+    }
+    const auto range = twoParts(body.range, u'|');
+    applyRange(range, signal);
+    detectFloat(range, signal);
+    signal.unit = Common::withoutQuotes(body.unit).toString();
+    signal.receivers = splitReceivers(body.receivers);
+}
+
+} // namespace DbcSignalFields

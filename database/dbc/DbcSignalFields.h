@@ -1,0 +1,13 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "database/dbc/DbcScan.h"
+
+struct DbcSignal;
+
+namespace DbcSignalFields {
+
+/// Turns the texts behind a signal's colon into the fields of its record.
+void apply(const DbcScan::SignalBody &body, DbcSignal &signal);
+
+} // namespace DbcSignalFields

@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QString>
+
+struct DbcFile;
+
+namespace DbcSignalMultiplexReader {
+
+/// Stores the `SG_MUL_VAL_` statements and makes their signals multiplexed ones, by the first number of the first
+/// range; which multiplexor, and what further ranges say, is kept in the record alone.
+void readMultiplexValues(const QString &text, DbcFile &file);
+
+} // namespace DbcSignalMultiplexReader

@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QStringView>
+
+struct DbcFile;
+struct DbcMessage;
+
+namespace DbcSignalReader {
+
+/// Appends the signals of the `SG_` lines in @p text to @p message. A line that cannot be read, or whose signal is not
+/// valid, is logged and left out. Receivers that are no nodes yet become nodes of @p file.
+void readSignals(QStringView text, DbcMessage &message, DbcFile &file);
+
+} // namespace DbcSignalReader

@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include <QString>
+
+struct DbcFile;
+
+namespace DbcSignalValueTypeReader {
+
+/// Stores the `SIG_VALTYPE_` statements and gives the float signals among them their scaling and range. A signal's
+/// valueType is left alone: whether it decodes as a float is settled by its `SG_` line.
+void readValueTypes(const QString &text, DbcFile &file);
+
+} // namespace DbcSignalValueTypeReader
