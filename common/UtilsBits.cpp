@@ -8,8 +8,10 @@
 #include <cstring>
 #include <limits>
 
-// A signal of up to 64 bits touches at most nine bytes: the first eight are taken as one 64-bit window, whose order is
-// that of the signal, and the few bits that a shifted 64-bit signal has in the ninth are put behind.
+// A signal of up to 64 bits touches at most nine bytes: eight are taken as one 64-bit window, whose order is that of
+// the signal, and the few bits that a shifted 64-bit signal has in the ninth are put behind. Near the end of the data
+// the window stays within it and the signal lies further inside: a copy of a length that is known only at run time
+// would cost more than all the rest.
 
 namespace Common {
 
@@ -34,6 +36,7 @@ unsigned motorolaPosition(unsigned bit)
     return bit ^ 7U;
 }
 
+// Between the order of the data and that of the machine, both ways.
 template <std::endian order> std::uint64_t inOrder(std::uint64_t window)
 {
     if constexpr (order == std::endian::native)
@@ -42,33 +45,73 @@ template <std::endian order> std::uint64_t inOrder(std::uint64_t window)
         return __builtin_bswap64(window);
 }
 
-// Bytes that are not there read as zero.
+// Data of one to seven bytes, put behind one another from the lowest byte up; the rest is zero.
+std::uint64_t loadShort(const unsigned char *data, unsigned dataLength)
+{
+    std::uint64_t window = 0;
+    for (unsigned i = 0; i < dataLength; ++i)
+        window |= static_cast<std::uint64_t>(data[i]) << (8U * i);
+    return window;
+}
+
+void storeShort(unsigned char *data, unsigned dataLength, std::uint64_t window)
+{
+    for (unsigned i = 0; i < dataLength; ++i)
+        data[i] = static_cast<unsigned char>(window >> (8U * i));
+}
+
+// Where a signal lies: the window's first byte, and the bits of the window before the signal. More than seven stand
+// before it only where the window ends with the data.
+struct Place
+{
+    unsigned firstByte;
+    unsigned shift;
+};
+
+Place placeOf(unsigned dataLength, unsigned position)
+{
+    const unsigned lastStart = dataLength < windowBytes ? 0 : dataLength - windowBytes;
+    const unsigned firstByte = std::min(position / 8U, lastStart);
+    return {firstByte, position - firstByte * 8U};
+}
+
 template <std::endian order>
 std::uint64_t loadWindow(const unsigned char *data, unsigned dataLength, unsigned firstByte)
 {
+    if (dataLength < windowBytes) {
+        const std::uint64_t window = loadShort(data, dataLength);
+        return order == std::endian::little ? window : __builtin_bswap64(window);
+    }
     std::uint64_t window = 0;
-    if (firstByte + windowBytes <= dataLength)
-        std::memcpy(&window, data + firstByte, windowBytes);
-    else if (firstByte < dataLength)
-        std::memcpy(&window, data + firstByte, dataLength - firstByte);
+    std::memcpy(&window, data + firstByte, windowBytes);
     return inOrder<order>(window);
 }
 
 template <std::endian order>
 void storeWindow(unsigned char *data, unsigned dataLength, unsigned firstByte, std::uint64_t window)
 {
+    if (dataLength < windowBytes) {
+        storeShort(data, dataLength, order == std::endian::little ? window : __builtin_bswap64(window));
+        return;
+    }
     window = inOrder<order>(window);
-    std::memcpy(data + firstByte, &window, std::min(windowBytes, dataLength - firstByte));
+    std::memcpy(data + firstByte, &window, windowBytes);
 }
 
-std::uint64_t ninthByte(const unsigned char *data, unsigned dataLength, unsigned firstByte)
+// Whether a signal has bits behind the window and there is data. The shift is then 1 to 7.
+bool reachesNinthByte(const Place &place, unsigned dataLength, unsigned bitLength)
 {
-    return firstByte + windowBytes < dataLength ? data[firstByte + windowBytes] : 0;
+    return place.shift + bitLength > windowBits && place.firstByte + windowBytes < dataLength;
 }
 
 bool fits(const unsigned char *data, unsigned dataLength, unsigned position, unsigned bitLength)
 {
     return data && isSignalLength(bitLength) && position + bitLength <= dataLength * 8U;
+}
+
+bool isReadable(const unsigned char *data, unsigned dataLength, unsigned position, unsigned bitLength)
+{
+    return data && isSignalLength(bitLength) && position < dataLength * 8U;
 }
 
 void replaceBits(std::uint64_t &window, std::uint64_t mask, std::uint64_t value)
@@ -81,27 +124,25 @@ void replaceBits(std::uint64_t &window, std::uint64_t mask, std::uint64_t value)
 unsigned long long Utils::getUnsignedSignalValueByLSB(const unsigned char *data, unsigned char dataLength,
                                                       unsigned short startBit, unsigned short bitLength)
 {
-    if (!data || !isSignalLength(bitLength))
+    if (!isReadable(data, dataLength, startBit, bitLength))
         return 0;
-    const unsigned firstByte = startBit / 8U;
-    const unsigned shift = startBit % 8U;
-    std::uint64_t value = loadWindow<std::endian::little>(data, dataLength, firstByte) >> shift;
-    if (shift + bitLength > windowBits)
-        value |= ninthByte(data, dataLength, firstByte) << (windowBits - shift);
+    const Place place = placeOf(dataLength, startBit);
+    std::uint64_t value = loadWindow<std::endian::little>(data, dataLength, place.firstByte) >> place.shift;
+    if (reachesNinthByte(place, dataLength, bitLength))
+        value |= std::uint64_t{data[place.firstByte + windowBytes]} << (windowBits - place.shift);
     return value & lowBits(bitLength);
 }
 
 unsigned long long Utils::getUnsignedSignalValueByMSB(const unsigned char *data, unsigned char dataLength,
                                                       unsigned short startBit, unsigned short bitLength)
 {
-    if (!data || !isSignalLength(bitLength))
-        return 0;
     const unsigned position = motorolaPosition(startBit);
-    const unsigned firstByte = position / 8U;
-    const unsigned shift = position % 8U;
-    std::uint64_t value = loadWindow<std::endian::big>(data, dataLength, firstByte) << shift;
-    if (shift + bitLength > windowBits)
-        value |= ninthByte(data, dataLength, firstByte) >> (8U - shift);
+    if (!isReadable(data, dataLength, position, bitLength))
+        return 0;
+    const Place place = placeOf(dataLength, position);
+    std::uint64_t value = loadWindow<std::endian::big>(data, dataLength, place.firstByte) << place.shift;
+    if (reachesNinthByte(place, dataLength, bitLength))
+        value |= std::uint64_t{data[place.firstByte + windowBytes]} >> (8U - place.shift);
     return value >> (windowBits - bitLength);
 }
 
@@ -110,16 +151,16 @@ int Utils::setSignalValueByLSB(unsigned char *data, unsigned char dataLength, un
 {
     if (!fits(data, dataLength, startBit, bitLength))
         return -1;
-    const unsigned firstByte = startBit / 8U;
-    const unsigned shift = startBit % 8U;
+    const Place place = placeOf(dataLength, startBit);
     const std::uint64_t mask = lowBits(bitLength);
-    std::uint64_t window = loadWindow<std::endian::little>(data, dataLength, firstByte);
-    replaceBits(window, mask << shift, value << shift);
-    storeWindow<std::endian::little>(data, dataLength, firstByte, window);
-    if (shift + bitLength > windowBits) {
-        std::uint64_t ninth = data[firstByte + windowBytes];
-        replaceBits(ninth, mask >> (windowBits - shift), value >> (windowBits - shift));
-        data[firstByte + windowBytes] = static_cast<unsigned char>(ninth);
+    std::uint64_t window = loadWindow<std::endian::little>(data, dataLength, place.firstByte);
+    replaceBits(window, mask << place.shift, value << place.shift);
+    storeWindow<std::endian::little>(data, dataLength, place.firstByte, window);
+    if (reachesNinthByte(place, dataLength, bitLength)) {
+        unsigned char &last = data[place.firstByte + windowBytes];
+        std::uint64_t ninth = last;
+        replaceBits(ninth, mask >> (windowBits - place.shift), value >> (windowBits - place.shift));
+        last = static_cast<unsigned char>(ninth);
     }
     return 0;
 }
@@ -130,18 +171,18 @@ int Utils::setSignalValueByMSB(unsigned char *data, unsigned char dataLength, un
     const unsigned position = motorolaPosition(startBit);
     if (!fits(data, dataLength, position, bitLength))
         return -1;
-    const unsigned firstByte = position / 8U;
-    const unsigned shift = position % 8U;
+    const Place place = placeOf(dataLength, position);
     // Both pushed to the upper end: the signal's first bit is the window's highest but for the shift.
     const std::uint64_t mask = lowBits(bitLength) << (windowBits - bitLength);
     const std::uint64_t bits = static_cast<std::uint64_t>(value) << (windowBits - bitLength);
-    std::uint64_t window = loadWindow<std::endian::big>(data, dataLength, firstByte);
-    replaceBits(window, mask >> shift, bits >> shift);
-    storeWindow<std::endian::big>(data, dataLength, firstByte, window);
-    if (shift + bitLength > windowBits) {
-        std::uint64_t ninth = data[firstByte + windowBytes];
-        replaceBits(ninth, (mask << (8U - shift)) & 0xFFU, bits << (8U - shift));
-        data[firstByte + windowBytes] = static_cast<unsigned char>(ninth);
+    std::uint64_t window = loadWindow<std::endian::big>(data, dataLength, place.firstByte);
+    replaceBits(window, mask >> place.shift, bits >> place.shift);
+    storeWindow<std::endian::big>(data, dataLength, place.firstByte, window);
+    if (reachesNinthByte(place, dataLength, bitLength)) {
+        unsigned char &last = data[place.firstByte + windowBytes];
+        std::uint64_t ninth = last;
+        replaceBits(ninth, (mask << (8U - place.shift)) & 0xFFU, bits << (8U - place.shift));
+        last = static_cast<unsigned char>(ninth);
     }
     return 0;
 }
