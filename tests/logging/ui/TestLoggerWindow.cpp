@@ -2,6 +2,7 @@
 #include "tests/logging/ui/TestLoggerWindow.h"
 
 #include "tests/logging/ui/LoggerWindowFixture.h"
+#include "tests/support/IconCompare.h"
 
 #include <QDesktopServices>
 
@@ -83,7 +84,7 @@ void TestLoggerWindow::windowIsFixedWithoutMaximize()
     QVERIFY(!window.windowFlags().testFlag(Qt::WindowMaximizeButtonHint));
     QVERIFY(window.windowFlags().testFlag(Qt::WindowMinimizeButtonHint));
     QVERIFY(window.windowFlags().testFlag(Qt::WindowCloseButtonHint));
-    QVERIFY(!window.windowIcon().isNull());
+    QVERIFY(showsIcon(window.windowIcon(), ":/resource/record.png"));
     QVERIFY(!window.testAttribute(Qt::WA_DeleteOnClose));
 }
 
