@@ -3,9 +3,6 @@
 
 #include "database/history/DatabaseFileManagerBody.h"
 
-#include <QDir>
-#include <QFile>
-#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -89,20 +86,6 @@ std::shared_ptr<const FakeEntry> FakeParser::read(const QString &path, const QSt
 void touch(const QString &path)
 {
     writeFile(path, {});
-}
-
-void writeFile(const QString &path, const QByteArray &content)
-{
-    QDir().mkpath(QFileInfo(path).path());
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
-        throw std::runtime_error("cannot write " + path.toStdString());
-}
-
-QByteArray readFile(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 void writeFakeHistory(const QStringList &paths, const QStringList &keys)

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "database/history/DatabaseFileManager.h"
+#include "tests/database/TestFiles.h"
 
 #include <QString>
 #include <QStringList>
@@ -77,8 +78,6 @@ using FakeManager = DatabaseFileManager<FakeTraits>;
 
 /// Makes an empty file below the working directory.
 void touch(const QString &path);
-void writeFile(const QString &path, const QByteArray &content);
-QByteArray readFile(const QString &path);
 /// Writes config/fake.json with these files, which it makes, and keys; encodings are "enc-PATH".
 void writeFakeHistory(const QStringList &paths, const QStringList &keys = {});
 /// The paths in config/fake.json, with their encodings as "PATH=ENCODING".
