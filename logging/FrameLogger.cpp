@@ -3,10 +3,12 @@
 
 #include "common/Log.h"
 #include "common/Utils.h"
+#include "common/platform/RaceAnnotations.h"
 
 #include <algorithm>
 #include <chrono>
 #include <filesystem>
+#include <new>
 #include <system_error>
 #include <thread>
 #include <utility>
@@ -25,9 +27,12 @@ FrameLogger::FrameLogger(const Texts &texts, const UnifiedTimeManager *unifiedTi
     : m_texts(texts)
     , m_unifiedTime(unifiedTime)
     , m_queue(batchSize)
+    , m_producer(m_queue)
     , m_lines(linesCapacity)
     , m_clock(unifiedTime, true)
 {
+    if (!m_producer.valid())
+        throw std::bad_alloc(); // the one way in which a token fails
 }
 
 FrameLogger::~FrameLogger()
@@ -107,8 +112,9 @@ bool FrameLogger::addMessages(std::span<const TzVciMessage> messages)
         m_queued.fetch_sub(room);
         return false;
     }
-    if (room > 0 && !m_queue.enqueue_bulk(messages.data(), static_cast<std::size_t>(room)))
-        m_queued.fetch_sub(room); // no memory: lost
+    const auto entered = static_cast<std::int64_t>(enqueue(messages.first(static_cast<std::size_t>(room))));
+    if (entered < room)
+        m_queued.fetch_sub(room - entered); // no memory: lost
     return true;
 }
 
@@ -127,6 +133,21 @@ std::int64_t FrameLogger::claimRoom(std::size_t count) noexcept
     while (!m_queued.compare_exchange_weak(queued, queued + room));
     m_dropped.fetch_add(wanted - room);
     return room;
+}
+
+// Block by block: the queue takes a bulk as a whole or not at all, and one that finds no memory after it asked for
+// several blocks leaves those uncounted in the producer, whose index of blocks then overflows.
+std::size_t FrameLogger::enqueue(std::span<const TzVciMessage> messages)
+{
+    RaceAnnotations::acquired(&m_queue); // the blocks that takeBatch() emptied are taken again
+    std::size_t entered = 0;
+    while (entered < messages.size()) {
+        const auto part = messages.subspan(entered, std::min(messages.size() - entered, QueueTraits::BLOCK_SIZE));
+        if (!m_queue.enqueue_bulk(m_producer, part.data(), part.size()))
+            break;
+        entered += part.size();
+    }
+    return entered;
 }
 
 bool FrameLogger::openFile()
@@ -157,6 +178,7 @@ void FrameLogger::discardQueue()
 std::size_t FrameLogger::takeBatch(std::size_t limit)
 {
     const std::size_t count = m_queue.try_dequeue_bulk(m_batch.begin(), limit);
+    RaceAnnotations::released(&m_queue);
     m_queued.fetch_sub(static_cast<std::int64_t>(count));
     return count;
 }

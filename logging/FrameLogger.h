@@ -30,14 +30,17 @@ class UnifiedTimeManager;
 ///
 /// Frames go through a lock-free queue to a thread that formats them every 100 ms and writes each batch in one go. A
 /// file that has reached the size limit is kept as "NAME.1.EXT", "NAME.2.EXT", ..., and recording goes on in a fresh
-/// one. Frames of one thread are written in the order in which that thread handed them over.
+/// one. Frames are written in the order in which they were handed over.
 ///
 /// A full disk ends the file at its last whole line and loses what follows without a message, until the next file is
 /// begun. Where that next file cannot be opened, the logger goes on running, keeps at most maxKeptRecords frames, and
 /// tells once that it drops the others.
 ///
-/// Threads: addMessage() and addMessages() from any thread, they never wait; all others from any thread, one after the
-/// other. The flush thread ("can-logger", "lin-logger") formats, writes and begins new files.
+/// Threads: addMessage() and addMessages() belong to whoever delivers; they never wait. The deliverer may change, as
+/// from a drain thread to the thread that has joined it, but there is one at a time, and each call happens before the
+/// next: all of them go through one producer of the queue, so that the file keeps the order of the calls. All other
+/// functions may be called from any thread at any time. The flush thread ("can-logger", "lin-logger") formats, writes
+/// and begins new files.
 class FrameLogger
 {
 public:
@@ -87,10 +90,17 @@ protected:
                    std::unique_ptr<const RecordFormatter> formatter);
 
 private:
+    struct QueueTraits : moodycamel::ConcurrentQueueDefaultTraits
+    {
+        static constexpr std::size_t BLOCK_SIZE =
+            256; // larger than the default: spares bookkeeping at this record size
+    };
+
     bool openFile();
     bool writeHeader();
     void discardQueue();
     std::int64_t claimRoom(std::size_t count) noexcept;
+    std::size_t enqueue(std::span<const TzVciMessage> messages);
     std::size_t takeBatch(std::size_t limit);
 
     // on the flush thread
@@ -107,11 +117,12 @@ private:
 
     std::mutex m_mutex; // configure(), start() and stop() one after the other; never taken on the flush thread
     std::atomic<bool> m_isRunning{false};
-    moodycamel::ConcurrentQueue<TzVciMessage> m_queue;
-    std::atomic<std::int64_t> m_queued{0};  // frames in the queue, and those that are being put into it
-    std::atomic<bool> m_isFileLost{false};  // running without a file
-    std::atomic<std::int64_t> m_dropped{0}; // frames not kept since the file was lost
-    platform::SteadySleeper m_sleeper;      // the flush thread's wait; stop() ends it
+    moodycamel::ConcurrentQueue<TzVciMessage, QueueTraits> m_queue;
+    const moodycamel::ProducerToken m_producer; // of whoever delivers; the queue orders within one only
+    std::atomic<std::int64_t> m_queued{0};      // frames in the queue, and those that are being put into it
+    std::atomic<bool> m_isFileLost{false};      // running without a file
+    std::atomic<std::int64_t> m_dropped{0};     // frames not kept since the file was lost
+    platform::SteadySleeper m_sleeper;          // the flush thread's wait; stop() ends it
 
     // The flush thread's while it runs, else start()'s and stop()'s.
     std::vector<TzVciMessage> m_batch;

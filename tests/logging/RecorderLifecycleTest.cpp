@@ -3,6 +3,7 @@
 #include "common/UnifiedTimeManager.h"
 #include "tests/logging/RecorderFixture.h"
 
+#include <mutex>
 #include <thread>
 
 namespace {
@@ -220,6 +221,28 @@ TYPED_TEST(Recorder, StopsAtOnceThoughItsThreadSleeps)
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(50 * 100));
 }
 
+// As when a drain thread was joined and the thread that joined it hands over the rest.
+TYPED_TEST(Recorder, FramesKeepTheirOrderWhenAnotherThreadGoesOnDelivering)
+{
+    constexpr std::uint32_t runs = 20;
+    constexpr std::uint32_t perRun = 1000; // several blocks of the queue
+    typename TestFixture::Logger logger(nullptr);
+    logger.setConfig(this->configOf("run.csv"));
+    ASSERT_EQ(logger.start(), ok);
+    std::uint32_t next = 0;
+    for (std::uint32_t run = 0; run < runs; ++run) {
+        std::thread drain([&] { EXPECT_TRUE(logger.addMessages(numberedMessages<TypeParam>(next, perRun))); });
+        drain.join();
+        EXPECT_TRUE(logger.addMessages(numberedMessages<TypeParam>(next + perRun, 10)));
+        next += perRun + 10;
+    }
+    logger.stop();
+    const auto records = this->recordsOf("run.csv");
+    ASSERT_EQ(records.size(), next);
+    for (std::uint32_t i = 0; i < records.size(); ++i)
+        ASSERT_EQ(records[i].number, i);
+}
+
 // What a caller was told to be taken is in the file, however close the stop came.
 TYPED_TEST(Recorder, AStopAmidTheTrafficLosesNothingThatWasTaken)
 {
@@ -229,9 +252,14 @@ TYPED_TEST(Recorder, AStopAmidTheTrafficLosesNothingThatWasTaken)
         ASSERT_EQ(logger.start(), ok);
         std::atomic<std::uint32_t> taken{0};
         std::atomic<int> begun{0};
+        std::mutex turn; // of those that deliver
+        const auto deliver = [&](const TzVciMessage &message) {
+            const std::lock_guard lock(turn);
+            return logger.addMessage(message);
+        };
         const auto produce = [&](std::uint8_t producer) {
             ++begun;
-            for (std::uint32_t number = 0; logger.addMessage(numberedMessage<TypeParam>(number, producer)); ++number)
+            for (std::uint32_t number = 0; deliver(numberedMessage<TypeParam>(number, producer)); ++number)
                 ++taken;
         };
         std::vector<std::thread> producers;

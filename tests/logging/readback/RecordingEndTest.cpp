@@ -43,9 +43,6 @@ protected:
         return least;
     }
 
-    LogCapture log;
-
-private:
     static std::uint32_t numberOf(const RecordedFrame &frame)
     {
         std::uint32_t number = 0;
@@ -53,6 +50,8 @@ private:
             number |= std::uint32_t{frame.data[i]} << (8 * i);
         return number;
     }
+
+    LogCapture log;
 };
 
 TEST_F(RecordingEnd, ViewClosedWhileRecording)
@@ -90,6 +89,35 @@ TEST_F(RecordingEnd, MainWindowClosedWhileRecording)
     recordLoad();
     app.window->closeWithoutQuestion();
     EXPECT_GE(verifyUnbroken(), someFrames);
+}
+
+// With its last channel a family's drain ends: the rest is delivered by the thread that ends it, and by a new drain
+// thread after the next opening.
+TEST_F(RecordingEnd, LastChannelOfTheFamilyClosedAndOpenedWhileRecording)
+{
+    for (const auto &[device, channel] : {std::pair(0, 1), std::pair(1, 0), std::pair(1, 1)})
+        ASSERT_EQ(app.manager.closeChannel(device, TzVciProtocolId::can, channel), 0);
+    recordLoad();
+    for (int closing = 0; closing < 10; ++closing) {
+        const std::uint64_t counted = app.countersOf(0).total;
+        ASSERT_TRUE(allArrived(RecordFamily::Can, counted + someFrames));
+        ASSERT_EQ(app.manager.closeChannel(0, TzVciProtocolId::can, 0), 0);
+        QCoreApplication::processEvents();
+        EXPECT_FALSE(app.helper().isDraining(TzVciProtocolId::can));
+        ASSERT_TRUE(app.openChannel(0, TzVciProtocolId::can, 0));
+        QCoreApplication::processEvents();
+    }
+    app.simulator.box(0).stopTraffic();
+    ASSERT_EQ(app.manager.closeChannel(0, TzVciProtocolId::can, 0), 0);
+    QCoreApplication::processEvents();
+    stopAll();
+    for (const Recorder &recorder : recorders) {
+        SCOPED_TRACE(recorder.path.toStdString());
+        const std::vector<RecordedFrame> frames = readBack(recorder, 1).at({0, 0});
+        EXPECT_EQ(frames.size(), app.countersOf(recorder.view).total);
+        for (std::size_t i = 1; i < frames.size(); ++i)
+            ASSERT_GT(numberOf(frames[i]), numberOf(frames[i - 1])) << "frame " << i;
+    }
 }
 
 // A recording outlives the device: it waits for what comes, and is whole when it is stopped.
