@@ -12,6 +12,8 @@
 #include "common/Utils.h"
 #include "common/ui/PlainMessageBox.h"
 #include "common/ui/WorkbenchStyle.h"
+#include "database/dbc/DbcFileManager.h"
+#include "database/ldf/LdfFileManager.h"
 #include "vci/TzVciCanDataType.h"
 #include "vci/TzVciDeviceManager.h"
 #include "vci/TzVciDeviceScanner.h"
@@ -95,6 +97,8 @@ void startBackgroundLoad()
     if (network.isLoopback())
         Common::Utils::setLoopbackNetwork(network.prefix);
     TzVciDeviceScanner::instance().scanAsync(tzVciScanTimeoutMs);
+    LdfFileManager::getInstance().startHistoryLoad();
+    DbcFileManager::getInstance().startHistoryLoad();
 }
 
 std::unique_ptr<TZBenchWindow> showMainWindow(TzApplication &application, std::chrono::milliseconds endLimit)
@@ -125,6 +129,8 @@ void finish()
 {
     Common::CrashHandler::setTerminationCallback({});
     TzVciDeviceScanner::instance().cancel();
+    LdfFileManager::getInstance().endHistoryLoad();
+    DbcFileManager::getInstance().endHistoryLoad();
     Common::Utils::registerCrashHandler(nullptr); // it uses objects that end after main()
 }
 

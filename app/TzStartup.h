@@ -22,7 +22,7 @@ void prepareToolkit();
 void dressApplication(TzApplication &application);
 /// Starts the log with the stored settings. A failure is shown in a message box, and the program goes on.
 void startLog();
-/// Starts the device scan without waiting for it.
+/// Starts the device scan and the loading of the databases that the last run held, without waiting for them.
 void startBackgroundLoad();
 /// The main window on the process's devices, shown maximised. A program that is told to end (by a signal or by the
 /// toolkit) takes the window's close steps without a question; one that has not ended @p endLimit later goes the way of
@@ -33,8 +33,8 @@ showMainWindow(TzApplication &application,
 /// Runs @p work. An exception out of it runs the crash hook and is then shown in a message box.
 /// @return what @p work returns, -1 after a standard exception, -2 after any other
 int runGuarded(const std::function<int()> &work);
-/// Ends what startBackgroundLoad() has started, should it still run, and takes the crash hook out: a fault from here on
-/// ends without it.
+/// Ends what startBackgroundLoad() has started, should it still run (a database file in hand is read to its end), and
+/// takes the crash hook out: a fault from here on ends without it.
 void finish();
 
 } // namespace TzStartup

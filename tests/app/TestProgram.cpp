@@ -6,7 +6,9 @@
 #include "tests/support/WaitFor.h"
 #include "tools/simulator/Simulator.h"
 
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QProcess>
 #include <QtTest>
 
@@ -41,6 +43,15 @@ public:
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     }
     QProcess &process() { return m_process; }
+    /// Puts a file into the program's folder.
+    void putFile(const QString &name, const QByteArray &content)
+    {
+        const QString path = m_workDir.filePath(name);
+        QVERIFY(QDir().mkpath(QFileInfo(path).path()));
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        QCOMPARE(file.write(content), qint64{content.size()});
+    }
 
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
 
@@ -74,6 +85,26 @@ void TestProgram::asksForDevicesAtStart()
     program.process().terminate();
     QVERIFY(program.process().waitForFinished(endLimitMs));
     QCOMPARE(program.process().exitStatus(), QProcess::NormalExit);
+    QCOMPARE(program.process().exitCode(), 0);
+}
+
+void TestProgram::loadsTheDatabasesOfTheLastRunAtStart()
+{
+    Program program;
+    program.putFile(QStringLiteral("config/dbc_manager.json"),
+                    R"({"dbcFiles": [{"filePath": "a.dbc"}, {"filePath": "gone.dbc"}],
+                        "customFileMap": {"vci_dbc_view": "a.dbc"}})");
+    program.putFile(QStringLiteral("a.dbc"), "VERSION \"\"\nNS_ :\n\tCM_\nBS_:\nBU_: Ecu\n"
+                                             "BO_ 1 Status: 8 Ecu\n SG_ S : 0|8@1+ (1,0) [0|255] \"\" Ecu\n");
+    program.putFile(QStringLiteral("config/ldf_manager.json"), R"({"ldfFiles": [{"filePath": "gone.ldf"}]})");
+    program.start();
+    QVERIFY2(program.logs("Loaded 1 DBC history files and 1 custom map"), program.log().constData());
+    QVERIFY2(program.logs("Loaded 0 LDF history files and 0 custom map"), program.log().constData());
+    QVERIFY(program.log().contains("DBC file no longer exists: gone.dbc"));
+    QVERIFY(program.log().contains("LDF file no longer exists: gone.ldf"));
+    QVERIFY(program.logs(dialogLine));
+    program.process().terminate();
+    QVERIFY(program.process().waitForFinished(endLimitMs));
     QCOMPARE(program.process().exitCode(), 0);
 }
 

@@ -9,6 +9,7 @@ class TestProgram : public QObject
     Q_OBJECT
 private Q_SLOTS:
     void asksForDevicesAtStart();
+    void loadsTheDatabasesOfTheLastRunAtStart();
     void aSignalEndsItCleanly_data();
     void aSignalEndsItCleanly();
     void aSignalDuringTheScanEndsItSoon();
