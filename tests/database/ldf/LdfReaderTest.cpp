@@ -1,0 +1,406 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#include "database/ldf/LdfParser.h"
+
+#include "database/ldf/LdfConversions.h"
+#include "database/ldf/LdfJ2602Parser.h"
+#include "tests/database/ldf/LdfSource.h"
+#include "tests/support/LogCapture.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+namespace {
+
+QString text(const char *latin)
+{
+    return QString::fromLatin1(latin);
+}
+
+LdfProtocolVersion versionOf(const char *value)
+{
+    return detectLdfProtocolVersion(QStringLiteral("LIN_protocol_version = \"%1\";").arg(QLatin1String(value)));
+}
+
+TEST(LdfProtocol, TextsAreRecognised)
+{
+    EXPECT_EQ(versionOf("1.3"), LdfProtocolVersion::lin13);
+    EXPECT_EQ(versionOf(" 2.0 "), LdfProtocolVersion::lin20);
+    EXPECT_EQ(versionOf("2.1"), LdfProtocolVersion::lin21);
+    EXPECT_EQ(versionOf("2.2"), LdfProtocolVersion::lin22);
+    EXPECT_EQ(versionOf("2.3"), LdfProtocolVersion::lin20);
+    EXPECT_EQ(versionOf("J2602_1_1.0"), LdfProtocolVersion::j2602Rev110);
+    EXPECT_EQ(versionOf("J2602_3_1.0"), LdfProtocolVersion::j2602Rev310);
+    EXPECT_EQ(versionOf("ISO17987:2015"), LdfProtocolVersion::iso17987Year2015);
+    EXPECT_EQ(versionOf("ISO17987:2016"), LdfProtocolVersion::iso17987Year2016);
+    EXPECT_EQ(versionOf("ISO17987:2017"), LdfProtocolVersion::iso17987Year2017);
+    EXPECT_EQ(detectLdfProtocolVersion(text("LIN_protocol_version = 2.1;")), LdfProtocolVersion::unknown);
+    EXPECT_EQ(ldfProtocolVersionText(LdfProtocolVersion::j2602Rev210), text("J2602 2.1.0"));
+    EXPECT_EQ(ldfProtocolVersionText(static_cast<LdfProtocolVersion>(-1)), text("Unknown"));
+}
+
+TEST(LdfProtocol, UnknownJ2602RevisionCountsAs210AndGetsItsParser)
+{
+    EXPECT_EQ(versionOf("J2602_9_9.9"), LdfProtocolVersion::j2602Rev210);
+    EXPECT_TRUE(isJ2602(versionOf("J2602_9_9.9")));
+    LdfSource source;
+    source.setProtocol("J2602_9_9.9");
+    tztest::LogCapture log;
+    const auto config = loadLdf(source);
+    ASSERT_TRUE(config);
+    EXPECT_EQ(config->protocolVersion, LdfProtocolVersion::j2602Rev210);
+    EXPECT_TRUE(log.has(1, "J2602 Specific Configuration:"));
+}
+
+TEST(LdfProtocol, UnknownIsoEditionCountsAsLin20AndGetsTheBaseParser)
+{
+    LdfSource source;
+    source.setProtocol("ISO17987:2020");
+    tztest::LogCapture log;
+    const auto config = loadLdf(source);
+    ASSERT_TRUE(config);
+    EXPECT_EQ(config->protocolVersion, LdfProtocolVersion::lin20);
+    EXPECT_FALSE(log.has(1, "ISO17987 Specific Configuration:"));
+}
+
+TEST(LdfProtocol, InABlockCommentIsNotSeen)
+{
+    tztest::LogCapture log;
+    LdfSource source;
+    source.header = text("/* LIN_protocol_version = \"2.2\"; */\nLIN_protocol_version = \"2.1\";\n");
+    EXPECT_EQ(loadLdf(source)->protocolVersion, LdfProtocolVersion::lin21);
+    source.header = text("/* LIN_protocol_version = \"2.2\"; */\n");
+    EXPECT_FALSE(loadLdf(source));
+    EXPECT_EQ(log.countContaining(3, "LDF protocol version not detected: "), 1U);
+}
+
+TEST(LdfFiles, ThatCannotBeOpenedAreLogged)
+{
+    tztest::LogCapture log;
+    LdfConfig config;
+    config.channelName = text("untouched");
+    EXPECT_FALSE(Common::LdfParser::loadLdfConfig(config, text("/nowhere/a.ldf"), text("UTF-8")));
+    EXPECT_EQ(config.channelName, text("untouched"));
+    EXPECT_TRUE(log.has(3, "Failed to open file: /nowhere/a.ldf"));
+    Common::LdfParser parser;
+    EXPECT_FALSE(parser.parseFile(text("/nowhere/a.ldf"), text("UTF-8")));
+    EXPECT_TRUE(log.has(1, "Load LDF file: /nowhere/a.ldf, UTF-8"));
+    EXPECT_TRUE(log.has(3, "Failed to open LDF file: /nowhere/a.ldf"));
+    EXPECT_FALSE(parser.parseFile(text(TZ_LDF_SAMPLES "/../CMakeLists.txt"), text("UTF-8")));
+    EXPECT_TRUE(log.has(3, "LIN protocol version not found in LDF file"));
+}
+
+TEST(LdfHeader, DefaultsAreLogged)
+{
+    tztest::LogCapture log;
+    LdfSource source;
+    source.header = text("LIN_protocol_version = \"2.1\";\nLIN_sig_byte_order_big_endian;\n");
+    const auto config = loadLdf(source);
+    ASSERT_TRUE(config);
+    EXPECT_EQ(config->busSpeed, 19.2);
+    EXPECT_EQ(config->channelName, text("LIN"));
+    EXPECT_TRUE(config->fileRevision.isEmpty());
+    EXPECT_TRUE(config->isBigEndian);
+    EXPECT_TRUE(log.has(2, "LIN speed not found in LDF file, using default 19.2 kbps"));
+    EXPECT_TRUE(log.has(0, "Channel name not found in LDF file, using default"));
+}
+
+TEST(LdfSummary, TellsTheCounts)
+{
+    tztest::LogCapture log;
+    ASSERT_TRUE(loadLdf(LdfSource()));
+    for (const char *line : {"LDF Configuration Summary:", "  Protocol Version: LIN 2.1", "  Bus Speed: 19.2 kbps",
+                             "  Master Node: Master1", "  Slave Nodes: 2", "  Slave Node: Slave1",
+                             "    Configured NAD: 0x01", "Frame Statistics:", "  Frames: 3", "  Diagnostic Frames: 0",
+                             "  Sporadic Frames: 0", "  Event Triggered Frames: 0", "  Total Signals: 4",
+                             "  Schedule Tables: 1", "Section 'Diagnostic_signals' not found in content"})
+        EXPECT_TRUE(log.has(0, line)) << line;
+    for (const char *line : {"No signal encoding types section found", "No diagnostic signals section found",
+                             "No signal representation section found"})
+        EXPECT_TRUE(log.has(1, line)) << line;
+}
+
+struct RefusedCase
+{
+    const char *name;
+    void (*change)(LdfSource &);
+    const char *line; ///< at error level; empty: refused without a line of its own
+};
+class LdfRefused : public testing::TestWithParam<RefusedCase>
+{
+};
+
+TEST_P(LdfRefused, TheWholeFile)
+{
+    tztest::LogCapture log;
+    LdfSource source;
+    ASSERT_TRUE(loadLdf(source));
+    log.clear();
+    GetParam().change(source);
+    EXPECT_FALSE(loadLdf(source));
+    if (*GetParam().line != '\0') {
+        EXPECT_TRUE(log.has(3, GetParam().line));
+    }
+    EXPECT_EQ(log.countContaining(1, "LDF file parsed successfully"), 0U);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Nodes, LdfRefused,
+    testing::Values(
+        RefusedCase{"NoNodes", [](LdfSource &s) { s.nodes.clear(); }, "Nodes section not found in LDF file"},
+        RefusedCase{"NoMaster", [](LdfSource &s) { s.nodes = text("Slaves: Slave1;"); },
+                    "Master node definition not found"},
+        RefusedCase{"NoBlockForASlave",
+                    [](LdfSource &s) { s.attributes = LdfSource::slaveAttributes("Slave1", "1", "Error1"); },
+                    "No attributes section found for node Slave2"},
+        RefusedCase{"NoBlockForASlaveIsReportedForTheFileToo",
+                    [](LdfSource &s) { s.attributes = LdfSource::slaveAttributes("Slave1", "1", "Error1"); },
+                    "Failed to parse attributes for node Slave2"},
+        RefusedCase{"NoProtocol", [](LdfSource &s) { s.attributes.replace(text("LIN_protocol"), text("protocol")); },
+                    "LIN protocol version not found for node Slave1"},
+        RefusedCase{"ConfiguredNadTooLarge",
+                    [](LdfSource &s) { s.attributes.replace(text("0x01"), text("0x80000000")); },
+                    "Invalid configured NAD value for node Slave1: 0x80000000"},
+        RefusedCase{"ConfiguredNadNoOctal", [](LdfSource &s) { s.attributes.replace(text("0x01"), text("09")); },
+                    "Invalid configured NAD value for node Slave1: 09"},
+        RefusedCase{"InitialNadTooLarge",
+                    [](LdfSource &s) { s.attributes.replace(text("0x01;"), text("1; initial_NAD = 99999999999;")); },
+                    "Invalid initial NAD value for node Slave1: 99999999999"},
+        RefusedCase{
+            "ProductIdTooLarge",
+            [](LdfSource &s) { s.attributes.replace(text("0x01;"), text("1; product_id = 99999999999, 1, 1;")); },
+            "Failed to parse attributes for node Slave1"},
+        RefusedCase{"NoAttributesAtAll", [](LdfSource &s) { s.attributes.clear(); },
+                    "LIN protocol version not specified for slave node Slave1"},
+        RefusedCase{"NoAttributesAtAllNamesTheSlave", [](LdfSource &s) { s.attributes.clear(); },
+                    "Failed to validate slave node: Slave1"}),
+    [](const auto &test) { return std::string(test.param.name); });
+
+INSTANTIATE_TEST_SUITE_P(
+    Sections, LdfRefused,
+    testing::Values(
+        RefusedCase{"NoFrames", [](LdfSource &s) { s.frames.clear(); }, "Frames section not found in LDF file"},
+        RefusedCase{"NoSchedules", [](LdfSource &s) { s.schedules.clear(); },
+                    "Schedule tables section not found in LDF file"},
+        RefusedCase{"UnmatchedBraces", [](LdfSource &s) { s.schedules += text("{"); },
+                    "Unmatched braces in section 'Schedule_tables'"},
+        RefusedCase{"EmptyEncoding", [](LdfSource &s) { s.encodings = text("Ascii {\nascii_value;\n}"); },
+                    "Failed to parse encoding values for Ascii"},
+        RefusedCase{"LongDiagnosticSignal", [](LdfSource &s) { s.diagnosticSignals = text("Req: 65, 0;"); },
+                    "Invalid diagnostic signal: Req"},
+        RefusedCase{"FrameId64", [](LdfSource &s) { s.frames.replace(text("0x22"), text("64")); }, ""},
+        RefusedCase{"FrameOfNineBytes", [](LdfSource &s) { s.frames.replace(text("Slave2, 1"), text("Slave2, 9")); },
+                    ""},
+        RefusedCase{"SignalsLongerThanTheFrame",
+                    [](LdfSource &s) { s.signalList.replace(text("Error2: 1"), text("Error2: 9")); }, ""},
+        RefusedCase{"UnknownSignalInAFrame",
+                    [](LdfSource &s) { s.frames.replace(text("Level1, 1"), text("Ghost, 1")); },
+                    "Signal Ghost not found for frame Status1"},
+        RefusedCase{"UnknownSignalInADiagnosticFrame",
+                    [](LdfSource &s) { s.diagnosticFrames = text("MasterReq: 0x3C {\nGhost, 0;\n}"); },
+                    "Signal Ghost not found for frame MasterReq"},
+        RefusedCase{"UnknownSporadicMember", [](LdfSource &s) { s.sporadicFrames = text("Any: CommandFrame, Ghost;"); },
+                    "Frame Ghost not found for sporadic frame Any"},
+        RefusedCase{"UnknownEventMember", [](LdfSource &s) { s.eventFrames = text("Event: Table, 0x30, Ghost;"); },
+                    "Frame Ghost not found for event triggered frame Event"},
+        RefusedCase{"UnknownFrameInASchedule", [](LdfSource &s) { s.schedules += text("\nT {\nGhost delay 5 ms;\n}"); },
+                    ""},
+        RefusedCase{"CommandOutsideInitTable",
+                    [](LdfSource &s) { s.schedules += text("\nT {\nAssignNAD { Slave1 } delay 5 ms;\n}"); }, ""},
+        RefusedCase{"InitTableWithSomethingElse",
+                    [](LdfSource &s) { s.schedules += text("\nInitTable {\nwhatever;\n}"); }, ""},
+        RefusedCase{"InitTableWithAnUnknownFrame",
+                    [](LdfSource &s) { s.schedules += text("\nInitTable {\nGhost delay 5 ms;\n}"); }, ""}),
+    [](const auto &test) { return std::string(test.param.name); });
+
+TEST(LdfNodes, WithoutSlavesGoOn)
+{
+    tztest::LogCapture log;
+    LdfSource source;
+    source.nodes = text("Master: Master1, 5.5 ms, 0.25 ms, 24 bits, 1.5 %;");
+    source.signalList = text("Command: 8, 0, Master1, Nobody;");
+    source.frames = text("CommandFrame: 0x10, Master1, 1 {\nCommand, 0;\n}");
+    source.schedules = text("T {\nCommandFrame delay 5 ms;\n}");
+    source.diagnosticFrames = text("X: 1 { }");
+    const auto config = loadLdf(source);
+    ASSERT_TRUE(config);
+    EXPECT_TRUE(log.has(2, "No slave nodes defined"));
+    EXPECT_EQ(config->master.timeBase, 5.5);
+    EXPECT_EQ(config->master.jitter, 0.25);
+    EXPECT_TRUE(config->diagnosticFrames.at(text("SlaveResp")).publisher.isEmpty());
+    EXPECT_EQ(config->diagnosticFrames.size(), 2U);
+}
+
+TEST(LdfNodes, ChecksWarn)
+{
+    tztest::LogCapture log;
+    LdfSource source;
+    source.nodes.replace(text("Slave2;"), text("Slave2, Slave1, Slave3;"));
+    source.attributes =
+        LdfSource::slaveAttributes("Slave1", "7", "Error1", "2.1", "product_id = 0x8001, 0x100, 0x100;") +
+        LdfSource::slaveAttributes("Slave2", "07", "Error2") + LdfSource::slaveAttributes("Slave3", "", "");
+    const auto config = loadLdf(source);
+    ASSERT_TRUE(config);
+    EXPECT_EQ(config->slaves.size(), 3U);
+    EXPECT_TRUE(log.has(2, "Node Slave1 has supplier ID 0x8001 exceeding recommended maximum 0x7FFF"));
+    EXPECT_TRUE(log.has(2, "Node Slave1 has function ID 0x100 exceeding recommended maximum 0xFF"));
+    EXPECT_TRUE(log.has(2, "Node Slave1 has variant ID 0x100 exceeding recommended maximum 0xFF"));
+    EXPECT_TRUE(log.has(2, "Duplicate NAD 0x07 found for node Slave2"));
+    EXPECT_TRUE(log.has(2, "Configured NAD not specified for slave node Slave3"));
+    EXPECT_TRUE(log.has(2, "Response error signal not specified for slave node Slave3"));
+}
+
+TEST(LdfSignals, AreReadInBothForms)
+{
+    tztest::LogCapture log;
+    LdfSource source;
+    source.signalList += text("\nText: 16, {1, 2}, Slave1, Master1, Slave2 ; // two bytes\n"
+                              "Odd: 99999, 1, Slave1, Master1;\n"
+                              "this is nothing");
+    source.frames += text("\nTextFrame: 0x23, Slave1, 2 {\nText, 0;\n}");
+    const auto config = loadLdf(source);
+    ASSERT_TRUE(config);
+    const LdfSignal &signal = config->frames.at(text("TextFrame")).signals.at(text("Text"));
+    EXPECT_EQ(signal.initialValue, text("{1, 2}"));
+    EXPECT_EQ(signal.value, 0x0201U);
+    EXPECT_EQ(signal.publisher, text("Slave1"));
+    EXPECT_EQ(signal.subscribers, QStringList({text("Master1"), text("Slave2")}));
+    EXPECT_EQ(signal.comment, text("two bytes"));
+    EXPECT_TRUE(log.has(2, "Invalid signal format: this is nothing"));
+}
+
+TEST(LdfSignals, EachFrameHasItsOwnCopyAndPlace)
+{
+    LdfSource source;
+    source.signalList += text("\nShared: 4, 3, Slave1, Master1;");
+    source.frames += text("\nFirst: 0x23, Slave1, 1 {\nShared, 0;\n}\nSecond: 0x24, Slave1, 1 {\nShared, 4;\n}");
+    const auto config = loadLdf(source);
+    ASSERT_TRUE(config);
+    EXPECT_EQ(config->frames.at(text("First")).signals.at(text("Shared")).startBit, 0);
+    EXPECT_EQ(config->frames.at(text("Second")).signals.at(text("Shared")).startBit, 4);
+    EXPECT_EQ(encodeFrame(config->frames.at(text("Second"))), QByteArray::fromHex("30"));
+}
+
+TEST(LdfEncodings, AreReadAndRepresented)
+{
+    tztest::LogCapture log;
+    LdfSource source;
+    source.encodings = text("// a comment\nLevel {\nphysical_value, 0, 0x64, 0.5, -1.5e1, \"V\";\n"
+                            "physical_value, 101, 99999999999, 1e999, .25;\n"
+                            "logical_value, 0x3FF, \"none\";\nlogical_value, 99999999999, \"lost\";\nbcd_value;\n}");
+    source.representations = text("Level: Level1, Ghost;\nMissing: Level1;\nnonsense");
+    const auto config = loadLdf(source);
+    ASSERT_TRUE(config);
+    const LdfSignal &signal = config->frames.at(text("Status1")).signals.at(text("Level1"));
+    ASSERT_TRUE(signal.encoding);
+    EXPECT_EQ(signal.encoding->name, text("Level"));
+    const LdfPhysicalRange &range = signal.encoding->physicalRanges.at(100);
+    EXPECT_EQ(range.minRaw, 0U);
+    EXPECT_EQ(range.factor, 0.5);
+    EXPECT_EQ(range.offset, -15.0);
+    EXPECT_EQ(range.unit, text("V"));
+    const LdfPhysicalRange &odd = signal.encoding->physicalRanges.at(0); // what is too large reads 0
+    EXPECT_EQ(odd.factor, 0.0);
+    EXPECT_EQ(odd.offset, 0.25);
+    EXPECT_TRUE(odd.unit.isEmpty());
+    EXPECT_EQ(signal.encoding->logicalValues.size(), 1U);
+    EXPECT_EQ(signal.encoding->logicalValues.at(0x3FF), text("none"));
+    EXPECT_TRUE(log.has(2, "Signal Ghost not found for encoding Level"));
+    EXPECT_TRUE(log.has(2, "Encoding Missing not found, skipping representation"));
+    EXPECT_TRUE(log.has(2, "Invalid signal representation format: nonsense"));
+}
+
+TEST(LdfFrames, FrameWithId64FailsTheFileWhileAnUnknownPublisherOnlyDropsIt)
+{
+    tztest::LogCapture log;
+    LdfSource source;
+    source.frames += text("\nLost: 0x30, Ghost, 1 {\nError2, 0;\n}");
+    const auto config = loadLdf(source);
+    ASSERT_TRUE(config);
+    EXPECT_EQ(config->frames.count(text("Lost")), 0U);
+    EXPECT_TRUE(log.has(3, "Publisher 'Ghost' not found for frame 'Lost'"));
+    source.frames.replace(text("0x30, Ghost"), text("64, Slave1"));
+    EXPECT_FALSE(loadLdf(source));
+}
+
+TEST(LdfFrames, IdAndSizeAreCutToEightBits)
+{
+    LdfSource source;
+    source.frames += text("\nWrapped: 0x110, Slave1, 257 {\nError2, 0;\n}\nNumbered: 010, Slave1, 1 {\nError2, 0;\n}");
+    const auto config = loadLdf(source);
+    ASSERT_TRUE(config);
+    EXPECT_EQ(config->frames.at(text("Wrapped")).id, 0x10);
+    EXPECT_EQ(config->frames.at(text("Wrapped")).size, 1);
+    EXPECT_EQ(config->frames.at(text("Numbered")).id, 8); // a leading zero makes it octal
+}
+
+TEST(LdfSchedules, PeriodsComeFromOrdinaryTables)
+{
+    LdfSource source;
+    source.schedules = text("First {\nCommandFrame delay 10 ms;\n}\nSecond {\nCommandFrame delay 20 ms;\n}\n"
+                            "InitTable {\nStatus1 delay 5 ms;\n}");
+    const auto config = loadLdf(source);
+    ASSERT_TRUE(config);
+    const LdfFrame &command = config->frames.at(text("CommandFrame"));
+    EXPECT_EQ(command.minPeriod, 10.0);
+    EXPECT_EQ(command.maxPeriod, 20.0);
+    const LdfFrame &onlyInit = config->frames.at(text("Status1"));
+    EXPECT_EQ(onlyInit.minPeriod, 0.0);
+    EXPECT_EQ(getFramePeriod(onlyInit), 100.0);
+}
+
+TEST(LdfSchedules, LineCommentsEndWithTheirLine)
+{
+    LdfSource source;
+    source.schedules = text("T { // opens; here\n// Ghost delay 1 ms;\nCommandFrame delay 10 ms; // first; of two\n"
+                            "Status1 delay 12.5ms; // last\n}\n"
+                            "InitTable {\n// Ghost delay 1 ms;\nFreeFormat { 1, 0x02 } delay 5 ms; // done\n}");
+    const auto config = loadLdf(source);
+    ASSERT_TRUE(config);
+    ASSERT_EQ(config->scheduleTables.size(), 2U);
+    ASSERT_EQ(config->scheduleTables[0].entries.size(), 2U);
+    EXPECT_EQ(config->scheduleTables[0].entries[1].frameName, text("Status1"));
+    EXPECT_EQ(config->scheduleTables[0].entries[1].delay, 12.5);
+    ASSERT_EQ(config->scheduleTables[1].entries.size(), 1U);
+    EXPECT_EQ(config->scheduleTables[1].entries[0].command, text("FreeFormat"));
+    EXPECT_EQ(config->scheduleTables[1].entries[0].arguments, QStringList({text("1"), text("0x02")}));
+    EXPECT_EQ(config->scheduleTables[1].entries[0].delay, 5.0);
+}
+
+TEST(LdfSchedules, TableStillOpenAtTheEndIsDroppedWithAWarning)
+{
+    tztest::LogCapture log;
+    LdfSource source;
+    source.schedules += text("\nSingleLine { Status1 delay 5 ms; }");
+    const auto config = loadLdf(source);
+    ASSERT_TRUE(config);
+    EXPECT_EQ(config->scheduleTables.size(), 1U);
+    EXPECT_TRUE(log.has(2, "Schedule table 'SingleLine' is not closed, it is left out"));
+}
+
+TEST(LdfSchedules, TypesFollowTheNames)
+{
+    LdfSource source;
+    source.schedules = text("ETFCollisionResolving {\n}\nInitTable {\n}\nMasterReqTable {\nMasterReq delay 5 ms;\n}\n"
+                            "SlaveRespTable {\nSlaveResp delay 5 ms;\n}\nOther {\n}");
+    const auto config = loadLdf(source);
+    ASSERT_TRUE(config);
+    std::vector<std::uint32_t> types;
+    for (const LdfScheduleTable &table : config->scheduleTables)
+        types.push_back(table.type);
+    EXPECT_EQ(types, (std::vector<std::uint32_t>{3, 4, 6, 7, 1}));
+}
+
+TEST(LdfFrames, OtherNamesAmongDiagnosticFramesAreSkipped)
+{
+    LdfSource source;
+    source.diagnosticSignals = text("B0: 8, 1;\nB1: 16, {1, 2};\nwhatever;");
+    source.diagnosticFrames = text("Other: 0x3C {\nGhost, 0;\n}\nMasterReq: 60 {\nB0, 0;\nB1, 8;\n}");
+    const auto config = loadLdf(source);
+    ASSERT_TRUE(config);
+    EXPECT_EQ(config->diagnosticFrames.size(), 2U);
+    EXPECT_EQ(encodeFrame(config->diagnosticFrames.at(text("MasterReq"))), QByteArray::fromHex("0101020000000000"));
+    EXPECT_TRUE(config->diagnosticFrames.at(text("SlaveResp")).signals.empty());
+}
+
+} // namespace
