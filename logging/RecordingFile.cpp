@@ -13,7 +13,8 @@ bool RecordingFile::open(const std::string &path, std::string_view footer)
     m_footer = footer;
     m_buffered = 0;
     m_bytesWritten = 0;
-    m_fileSize = 0;
+    m_settled = 0;
+    m_tail.clear();
     m_hasFailed = false;
     return !m_file.open(path);
 }
@@ -53,25 +54,41 @@ void RecordingFile::writeThrough(std::string_view lines)
     if (m_hasFailed)
         return;
     const std::size_t reached = m_file.write(lines);
-    if (reached == lines.size()) {
-        m_fileSize += reached;
+    follow(lines.substr(0, reached));
+    if (reached == lines.size())
+        return;
+    m_hasFailed = true;
+    endAfterFailure();
+}
+
+// Keeps no more than the end of a long text.
+void RecordingFile::follow(std::string_view reached)
+{
+    if (const std::size_t settled = settledPart(reached); settled > 0) {
+        m_settled += m_tail.size() + settled;
+        m_tail = reached.substr(settled);
         return;
     }
-    m_hasFailed = true;
-    endAfterFailure(lines.substr(0, reached));
+    m_tail += reached;
+    const std::size_t settled = settledPart(m_tail);
+    m_settled += settled;
+    m_tail.erase(0, settled);
+}
+
+// The length of the lines behind which the text is at least as long as the closing line.
+std::size_t RecordingFile::settledPart(std::string_view text) const noexcept
+{
+    if (text.size() <= m_footer.size())
+        return 0;
+    const std::size_t lineEnd = text.rfind('\n', text.size() - m_footer.size() - 1);
+    return lineEnd == std::string_view::npos ? 0 : lineEnd + 1;
 }
 
 // The closing line takes the place of lines that had reached the disk, since there is no other on a full one.
-void RecordingFile::endAfterFailure(std::string_view reached)
+void RecordingFile::endAfterFailure()
 {
-    std::size_t kept = 0;
-    if (reached.size() > m_footer.size()) {
-        const std::size_t lineEnd = reached.rfind('\n', reached.size() - m_footer.size() - 1);
-        kept = lineEnd == std::string_view::npos ? 0 : lineEnd + 1;
-    }
-    m_fileSize += kept;
-    if (m_file.truncate(m_fileSize) && m_file.write(m_footer) != m_footer.size())
-        m_file.truncate(m_fileSize);
+    if (m_file.truncate(m_settled) && m_file.write(m_footer) != m_footer.size())
+        m_file.truncate(m_settled);
 }
 
 } // namespace Common

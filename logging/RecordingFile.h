@@ -12,8 +12,8 @@ namespace Common {
 
 /// A text file that is written line by line through a buffer of 64 KiB, and is whole at every failure.
 ///
-/// A write that fails, on a full disk say, is the last one: what had reached the file is cut back to whole lines and
-/// gets its closing line, and all further text is dropped until the file is opened again.
+/// A write that fails, on a full disk say, is the last one: what had reached the file is cut back to whole lines that
+/// leave room for its closing line and gets that, and all further text is dropped until the file is opened again.
 ///
 /// Threads: one at a time.
 class RecordingFile
@@ -28,6 +28,8 @@ public:
     /// @return false when it cannot be opened or another recorder holds it; it is left as it was then
     [[nodiscard]] bool open(const std::string &path, std::string_view footer);
     bool isOpen() const noexcept { return m_file.isOpen(); }
+    /// Whether @p path still names the open file.
+    bool isAt(const std::string &path) const noexcept { return m_file.isAt(path); }
     /// False from the first failed write on.
     bool isGood() const noexcept { return !m_hasFailed; }
     /// Takes whole lines.
@@ -42,14 +44,17 @@ public:
 
 private:
     void writeThrough(std::string_view lines);
-    void endAfterFailure(std::string_view reached);
+    void follow(std::string_view reached);
+    std::size_t settledPart(std::string_view text) const noexcept;
+    void endAfterFailure();
 
     platform::ExclusiveFile m_file;
     std::unique_ptr<char[]> m_buffer;
     std::size_t m_buffered = 0;
     std::string_view m_footer;
     std::uint64_t m_bytesWritten = 0;
-    std::uint64_t m_fileSize = 0; // bytes that are in the file; always whole lines
+    std::uint64_t m_settled = 0; // bytes of the file that are whole lines and leave it room for the closing line
+    std::string m_tail;          // what stands in the file behind them
     bool m_hasFailed = false;
 };
 

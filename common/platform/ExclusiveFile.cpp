@@ -22,19 +22,25 @@ std::error_code lastError()
 
 std::error_code lock(int descriptor)
 {
-    if (::flock(descriptor, LOCK_EX | LOCK_NB) == 0 || errno == ENOSYS || errno == EOPNOTSUPP)
+    const bool isLocked = ::flock(descriptor, LOCK_EX | LOCK_NB) == 0;
+    if (isLocked || errno == ENOSYS || errno == EOPNOTSUPP || errno == ENOLCK) // what knows no locks is written without
         return {};
     return lastError();
+}
+
+bool isNamedBy(const std::string &path, const struct stat &held)
+{
+    struct stat named = {};
+    return ::stat(path.c_str(), &named) == 0 && held.st_dev == named.st_dev && held.st_ino == named.st_ino;
 }
 
 // A file that its last holder renamed between our open and our lock is no longer the one that was meant.
 std::error_code checkStillThere(int descriptor, const std::string &path)
 {
     struct stat held = {};
-    struct stat named = {};
-    if (::fstat(descriptor, &held) != 0 || ::stat(path.c_str(), &named) != 0)
+    if (::fstat(descriptor, &held) != 0)
         return lastError();
-    if (held.st_dev != named.st_dev || held.st_ino != named.st_ino)
+    if (!isNamedBy(path, held))
         return std::make_error_code(std::errc::resource_unavailable_try_again);
     if (!S_ISREG(held.st_mode))
         return std::make_error_code(std::errc::invalid_argument);
@@ -65,6 +71,27 @@ std::error_code ExclusiveFile::open(const std::string &path)
     }
     m_descriptor = descriptor;
     return {};
+}
+
+std::error_code ExclusiveFile::hold(const std::string &path)
+{
+    close();
+    // A link is not followed: what it leads to has another name and does not suffer when this one is given away.
+    const int descriptor = ::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+    if (descriptor < 0)
+        return lastError();
+    if (const auto error = lock(descriptor)) {
+        ::close(descriptor);
+        return error;
+    }
+    m_descriptor = descriptor;
+    return {};
+}
+
+bool ExclusiveFile::isAt(const std::string &path) const noexcept
+{
+    struct stat held = {};
+    return isOpen() && ::fstat(m_descriptor, &held) == 0 && isNamedBy(path, held);
 }
 
 std::size_t ExclusiveFile::write(std::string_view data) noexcept

@@ -26,7 +26,13 @@ public:
     /// writer holds is left as it is. A file that was open before is closed.
     /// @param path  in the local 8-bit encoding
     [[nodiscard]] std::error_code open(const std::string &path);
+    /// Takes the lock of a file that exists without waiting, and leaves the file as it is; it is not open for writing.
+    /// A file that was open before is closed.
+    /// @return operation_would_block where another writer holds it
+    [[nodiscard]] std::error_code hold(const std::string &path);
     bool isOpen() const noexcept { return m_descriptor >= 0; }
+    /// Whether @p path still names the file that is open: anybody may have renamed or removed it.
+    bool isAt(const std::string &path) const noexcept;
     /// Appends @p data. @return bytes that reached the file: fewer than given when it can take no more
     std::size_t write(std::string_view data) noexcept;
     /// Cuts the file, so that the next write() appends there.

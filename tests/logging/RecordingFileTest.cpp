@@ -118,19 +118,57 @@ TEST_F(RecordingFileText, EndsInWholeLinesAndTheClosingLineWhereverTheDiskIsFull
     }
 }
 
-TEST_F(RecordingFileText, KeepsEarlierWritesWholeWhenALaterOneFails)
+// The closing line takes the place of lines of earlier writes where those behind them leave it too little room.
+TEST_F(RecordingFileText, EndsInTheClosingLineAlsoWhereFewerBytesThanItReachedTheDisk)
+{
+    for (const std::string_view closingLine : {std::string_view("End\n"), std::string_view("End of many words\n")}) {
+        const std::string text = numberedLines(20);
+        for (std::size_t limit = closingLine.size(); limit < text.size(); ++limit) {
+            ASSERT_TRUE(file.open("run", closingLine));
+            {
+                const FileSizeLimit full(limit);
+                for (const std::string &line : tztest::linesOfText(text)) {
+                    file.write(line + '\n');
+                    file.flush();
+                }
+                EXPECT_FALSE(file.isGood());
+            }
+            file.finish();
+            const std::string written = textOf("run");
+            ASSERT_TRUE(written.ends_with(closingLine)) << written;
+            const std::string lines = written.substr(0, written.size() - closingLine.size());
+            ASSERT_TRUE(text.starts_with(lines) && (lines.empty() || lines.back() == '\n')) << lines;
+            ASSERT_LE(written.size(), limit);
+            ASSERT_GT(written.size() + 8, limit) << "a line was given up for nothing";
+        }
+    }
+}
+
+TEST_F(RecordingFileText, EndsInTheClosingLineAlsoWhereOnlyThatFailed)
 {
     ASSERT_TRUE(file.open("run", footer));
+    file.write("kept\nlost\n");
+    EXPECT_TRUE(file.flush());
+    {
+        const FileSizeLimit full(11);
+        file.finish();
+        EXPECT_FALSE(file.isGood());
+    }
+    EXPECT_EQ(textOf("run"), "kept\nEnd\n");
+}
+
+TEST_F(RecordingFileText, WithoutAClosingLineEarlierWritesStayWhole)
+{
+    ASSERT_TRUE(file.open("run", {}));
     file.write("kept\n");
     EXPECT_TRUE(file.flush());
     {
         const FileSizeLimit full(8);
         file.write("lost line\n");
         EXPECT_FALSE(file.flush());
-        EXPECT_FALSE(file.isGood());
     }
     file.finish();
-    EXPECT_EQ(textOf("run"), "kept\n"); // no room for the closing line
+    EXPECT_EQ(textOf("run"), "kept\n");
 }
 
 TEST_F(RecordingFileText, IsGoodAgainAfterTheNextOpen)
