@@ -3,6 +3,7 @@
 
 #include "common/Log.h"
 #include "common/Utils.h"
+#include "common/platform/ExclusiveFile.h"
 #include "common/platform/RaceAnnotations.h"
 
 #include <algorithm>
@@ -196,26 +197,34 @@ void FrameLogger::run()
     logInfo("{}", m_texts.threadStopped);
 }
 
-// Ends with the first batch that is not full, so that a steady stream of frames cannot keep it from stopping.
+// Ends with the first batch that is not a whole one, so that a steady stream of frames cannot keep it from stopping.
 void FrameLogger::flushQueue()
 {
     if (!m_file.isOpen()) {
         dropExcess();
         return;
     }
-    std::size_t count = flushBatch();
+    std::size_t count = 0;
+    do {
+        count = flushBatch();
+        if (count > 0 && isFull())
+            rotate();
+    } while (count == batchSize);
     if (count == 0)
         m_file.flush();
-    while (count == batchSize)
-        count = flushBatch();
 }
 
-// No further frames are accepted: what is counted is in the queue or about to be.
+// No further frames are accepted: what is counted is in the queue or about to be. A file that the last of them fills is
+// not followed by an empty one.
 void FrameLogger::flushRest()
 {
     while (m_file.isOpen() && m_queued.load() > 0) {
-        if (flushBatch() == 0)
+        if (m_queue.size_approx() == 0)
             std::this_thread::yield();
+        else if (isFull())
+            rotate();
+        else
+            flushBatch();
     }
     if (!m_file.isOpen())
         dropExcess();
@@ -232,8 +241,6 @@ std::size_t FrameLogger::flushBatch()
     m_formatter->append({m_batch.data(), count}, m_clock, m_lines);
     if (!m_lines.empty())
         m_file.write(m_lines.text());
-    if (m_file.bytesWritten() >= m_sizeLimitBytes)
-        rotate();
     return count;
 }
 
@@ -248,18 +255,19 @@ void FrameLogger::rotate()
         m_isFileLost.store(true, std::memory_order_release);
 }
 
-// The file is still locked here: nobody takes it for a fresh recording before it has its new name.
+// Both files are locked here: nobody takes the full one for a fresh recording before it has its new name, and nobody
+// begins to record into the older one of that name, which it replaces.
 void FrameLogger::keepFullFile()
 {
     ++m_fileIndex;
     const std::string &path = m_path.path();
+    if (!m_file.isAt(path))
+        return; // somebody moved it away; what stands in its place is not ours to rename
     const std::string kept = m_path.keptPath(m_fileIndex);
-    std::error_code error;
-    if (Utils::fileExists(kept))
-        std::filesystem::remove(kept, error); // a file that stays is replaced, or named by the renaming's error
-    if (!Utils::fileExists(path))
-        return;
-    std::filesystem::rename(path, kept, error);
+    platform::ExclusiveFile older;
+    std::error_code error = older.hold(kept);
+    if (error != std::errc::operation_would_block)
+        std::filesystem::rename(path, kept, error);
     if (!error)
         return;
     const std::string reason = error.message();

@@ -108,6 +108,7 @@ private:
     void flushQueue();
     std::size_t flushBatch();
     void flushRest();
+    bool isFull() const noexcept { return m_file.bytesWritten() >= m_sizeLimitBytes; }
     void rotate();
     void keepFullFile();
     void dropExcess();

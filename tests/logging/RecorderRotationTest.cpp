@@ -4,6 +4,7 @@
 
 #include <limits>
 #include <map>
+#include <mutex>
 #include <thread>
 
 namespace {
@@ -157,8 +158,92 @@ TYPED_TEST(RecorderRotation, AFileThatSomebodyRemovedIsBegunAnew)
     EXPECT_EQ(this->log.lines().size(), 2u); // start and stop of the thread
 }
 
-// Frames of one thread stay in order and none is missing or twice, over the borders of files too.
-TYPED_TEST(RecorderRotation, FramesOfManyThreadsKeepTheirOrderOverTheBorders)
+TYPED_TEST(RecorderRotation, ALiveRecordingUnderTheKeptNameIsNotHarmed)
+{
+    typename TestFixture::Logger other(nullptr);
+    other.setConfig(this->configOf("run.1.csv"));
+    ASSERT_EQ(other.start(), ok);
+    other.addMessages(numberedMessages<TypeParam>(0, 10));
+    typename TestFixture::Logger logger(nullptr);
+    logger.setConfig(this->configOf("run.csv"));
+    ASSERT_EQ(logger.start(), ok);
+    this->fillFile(logger);
+    const std::string line = this->renameFailed("run.csv", "run.1.csv", std::errc::resource_unavailable_try_again);
+    EXPECT_TRUE(tztest::waitFor([&] { return this->log.has(3, line); }));
+    this->rotate(logger, "run.2.csv"); // goes on
+    other.addMessages(numberedMessages<TypeParam>(10, 10));
+    other.stop();
+    logger.stop();
+    const auto lines = linesOfText(textOf("run.1.csv"));
+    ASSERT_EQ(lines.size(), 21u);
+    for (std::uint32_t i = 0; i < 20; ++i)
+        EXPECT_EQ(tztest::readNumbered<TypeParam>(lines[i + 1]).number, i);
+    EXPECT_TRUE(textOf("run.2.csv").starts_with("Timestamp,"));
+}
+
+// Somebody moved the file away, and its name belongs to another recording by now.
+TYPED_TEST(RecorderRotation, ALiveRecordingInThePlaceOfTheOwnFileIsNotHarmed)
+{
+    typename TestFixture::Logger logger(nullptr);
+    logger.setConfig(this->configOf("run.csv"));
+    ASSERT_EQ(logger.start(), ok);
+    std::filesystem::rename("run.csv", "moved.csv");
+    typename TestFixture::Logger other(nullptr);
+    other.setConfig(this->configOf("run.csv"));
+    ASSERT_EQ(other.start(), ok);
+    other.addMessages(numberedMessages<TypeParam>(0, 10));
+    this->fillFile(logger);
+    EXPECT_TRUE(tztest::waitFor([&] { return this->log.has(3, this->openFailed("run.csv")); }));
+    EXPECT_TRUE(logger.isRunning());
+    EXPECT_FALSE(std::filesystem::exists("run.1.csv"));
+    other.addMessages(numberedMessages<TypeParam>(10, 10));
+    other.stop();
+    logger.stop();
+    EXPECT_EQ(this->recordsOf("run.csv").size(), 20u);
+    EXPECT_GE(std::filesystem::file_size("moved.csv"), 1u << 20);
+}
+
+TYPED_TEST(RecorderRotation, AStrangeFileInThePlaceOfTheOwnOneIsNotKeptAsARecording)
+{
+    writeText("run.1.csv", "from an older recording");
+    typename TestFixture::Logger logger(nullptr);
+    logger.setConfig(this->configOf("run.csv"));
+    ASSERT_EQ(logger.start(), ok);
+    std::filesystem::rename("run.csv", "moved.csv");
+    writeText("run.csv", "somebody's");
+    this->fillFile(logger);
+    EXPECT_TRUE(tztest::waitFor([] { return textOf("run.csv").starts_with("Timestamp,"); })); // as at a start
+    logger.stop();
+    EXPECT_EQ(textOf("run.1.csv"), "from an older recording"); // nothing takes its place
+    EXPECT_TRUE(textOf("moved.csv").starts_with("Timestamp,"));
+    EXPECT_EQ(this->log.lines().size(), 2u); // start and stop of the thread
+}
+
+// The last flush begins no file that would stay empty.
+TYPED_TEST(RecorderRotation, TheDataEndsAtThePathWhenTheStopComesWithAFullFile)
+{
+    constexpr std::uint32_t batches = TestFixture::fillCount / Common::FrameLogger::batchSize;
+    constexpr std::uint32_t count = batches * Common::FrameLogger::batchSize; // the last one reaches the limit
+    for (const std::uint32_t more : {0u, 1u}) {
+        const auto messages = numberedMessages<TypeParam>(0, count + more);
+        typename TestFixture::Logger logger(nullptr);
+        const auto isLeftToTheStop = [&] { // unless the thread's tick came in between
+            logger.setConfig(this->configOf("run.csv"));
+            EXPECT_EQ(logger.start(), ok);
+            EXPECT_TRUE(logger.addMessages(messages));
+            const bool isAllWaiting = logger.waitingRecords() == static_cast<std::int64_t>(messages.size());
+            logger.stop();
+            return isAllWaiting || !std::filesystem::remove("run.1.csv");
+        };
+        ASSERT_TRUE(tztest::waitFor(isLeftToTheStop));
+        EXPECT_EQ(std::filesystem::exists("run.1.csv"), more > 0);
+        EXPECT_EQ(linesOfText(textOf("run.csv")).size(), 1 + (more > 0 ? more : count));
+        EXPECT_EQ(this->recordsOf("run.csv").size(), messages.size());
+    }
+}
+
+// Frames stay in the order of the calls and none is missing or twice, over the borders of files too.
+TYPED_TEST(RecorderRotation, FramesOfThreadsThatTakeTurnsKeepTheirOrderOverTheBorders)
 {
     constexpr std::uint8_t producerCount = 4;
     constexpr std::uint32_t perProducer = 30'000;
@@ -166,12 +251,14 @@ TYPED_TEST(RecorderRotation, FramesOfManyThreadsKeepTheirOrderOverTheBorders)
     logger.setConfig(this->configOf("run.csv"));
     ASSERT_EQ(logger.start(), ok);
     std::vector<std::thread> producers;
+    std::mutex turn; // of those that deliver
     for (std::uint8_t producer = 0; producer < producerCount; ++producer) {
-        producers.emplace_back([&logger, producer] {
+        producers.emplace_back([&logger, &turn, producer] {
             const auto messages = numberedMessages<TypeParam>(0, perProducer, producer);
             std::size_t size = 1; // batches of all sizes
             for (std::size_t at = 0; at < messages.size(); at += size) {
                 size = std::min<std::size_t>(size * 3 % 2003 + 1, messages.size() - at);
+                const std::lock_guard lock(turn);
                 EXPECT_TRUE(logger.addMessages({&messages[at], size}));
             }
         });

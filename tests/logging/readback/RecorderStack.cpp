@@ -101,6 +101,12 @@ bool RecorderStack::allArrived(RecordFamily family, std::uint64_t frames)
     });
 }
 
+std::size_t RecorderStack::receivedFrames(RecordFamily family, Channel channel)
+{
+    const std::lock_guard lock(m_timesMutex);
+    return m_times[{family, channel}].size();
+}
+
 RecorderStack::FramesByChannel RecorderStack::readBack(const Recorder &recorder, std::size_t leastFiles)
 {
     const std::vector<RecordedFile> files = readRecordings(recorder.path, recorder.family, recorder.format);

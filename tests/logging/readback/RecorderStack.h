@@ -45,6 +45,8 @@ protected:
     void stopAll();
     /// Waits until every recording view of the family has counted so many frames.
     bool allArrived(RecordFamily family, std::uint64_t frames);
+    /// Frames that the second subscriber got from the channel.
+    std::size_t receivedFrames(RecordFamily family, Channel channel);
     /// All files of the recorder, checked for form, and for times that restart in each file and follow the devices'.
     FramesByChannel readBack(const Recorder &recorder, std::size_t leastFiles);
 
