@@ -49,11 +49,10 @@ void LoggerWindow::startRecording()
         tell(QMessageBox::Warning, tr("Error"), tr("Please specify a log file path"));
         return;
     }
-    if (!isRecording()) { // the recorder refuses a second start by itself, and keeps its settings until it ends
-        configureLogger({.filePath = QFile::encodeName(path).toStdString(),
-                         .format = m_formatCombo->currentIndex(),
-                         .sizeLimitMb = m_sizeSpin->value()});
-    }
+    // While it records, the recorder refuses both by itself and goes on.
+    configureLogger({.filePath = QFile::encodeName(path).toStdString(),
+                     .format = m_formatCombo->currentIndex(),
+                     .sizeLimitMb = m_sizeSpin->value()});
     const int result = logger().start();
     if (result != LoggerResult::ok) {
         tell(QMessageBox::Critical, tr("Recording Failed"),

@@ -65,7 +65,7 @@ protected:
     {
         const char *family = nullptr; ///< "CAN" or "LIN", for the log
         const char *title = nullptr;
-        const char *startPath = nullptr; ///< of the path box
+        const char *startPath = nullptr; ///< of the path box, in UTF-8; never translated
         const char *openButton = nullptr;
         const char *formatLabel = nullptr;
         const char *formats[2] = {};      ///< items of the format box

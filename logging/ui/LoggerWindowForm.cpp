@@ -67,7 +67,7 @@ void LoggerWindow::buildFileGroup()
 {
     auto *group = new QGroupBox(tr("File Configuration"), centralWidget());
     auto *label = new QLabel(tr("Log File:"), group);
-    m_pathEdit = new QLineEdit(tr(m_texts.startPath), group);
+    m_pathEdit = new QLineEdit(QString::fromUtf8(m_texts.startPath), group);
     m_pathEdit->setObjectName(QStringLiteral("lineEditPath"));
     label->setBuddy(m_pathEdit);
     m_browseButton = createButton(QStringLiteral("buttonBrowse"), tr("Browse..."), tr("Choose where to record to"),

@@ -15,6 +15,7 @@ using namespace tztest;
 namespace {
 
 constexpr int infoLevel = 1;
+constexpr int errorLevel = 3;
 std::unique_ptr<LoggerWindowFixture> fixture;
 
 /// While it lives this process writes nothing into files: to it the disk is full.
@@ -129,6 +130,9 @@ void TestLoggerRecording::secondStartIsRefused()
     fixture->window->startRecording();
     verifyTold(QMessageBox::Critical, QStringLiteral("Recording Failed"),
                QStringLiteral("Cannot start logging: Logger is already running"));
+    QVERIFY(
+        fixture->log.has(errorLevel, fmt::format("Cannot change {}Logger config while running", fixture->family())));
+    QVERIFY(fixture->log.has(errorLevel, fixture->isLin ? "LINLogger already running" : "Logger already running"));
     QVERIFY(fixture->window->isRecording()); // the first goes on
     QVERIFY(fixture->add({fixture->frame(1)}));
     fixture->window->stopRecording();
@@ -207,6 +211,19 @@ void TestLoggerRecording::settingsReachTheFile()
     QVERIFY(lines[0].startsWith(QLatin1String("Timestamp,Channel,ID,")));
     QVERIFY(lines[1].endsWith(QLatin1String(",Index:0")));
     QVERIFY(lines[2].isEmpty());
+}
+
+void TestLoggerRecording::sizeLimitZeroIsOneMebibyte()
+{
+    constexpr qint64 mebibyte = 1 << 20;
+    fixture->format()->setCurrentIndex(1);
+    fixture->sizeLimit()->setValue(0);
+    fixture->start(QStringLiteral("run.csv"));
+    const std::vector<TzVciMessage> frames(1000, fixture->frame(1));
+    QTRY_VERIFY(fixture->add(frames) && QFile::exists(QStringLiteral("run.1.csv")));
+    fixture->click("buttonStartStop");
+    const qint64 size = QFileInfo(QStringLiteral("run.1.csv")).size();
+    QVERIFY2(size >= mebibyte && size < 2 * mebibyte, qPrintable(QString::number(size))); // less than a batch more
 }
 
 void TestLoggerRecording::errorFramesMayBeLeftOut()

@@ -27,6 +27,8 @@ private Q_SLOTS:
     void framesAreTakenOnlyWhileRecording();
     void settingsReachTheFile_data() { twins(); }
     void settingsReachTheFile();
+    void sizeLimitZeroIsOneMebibyte_data() { twins(); }
+    void sizeLimitZeroIsOneMebibyte();
     void errorFramesMayBeLeftOut();
     void relativeTimeGivesTheDeltas();
     void pathMayHoldAnyCharacters_data() { twins(); }
