@@ -39,18 +39,6 @@ bool readMaster(const QString &section, LdfNode &master)
     return true;
 }
 
-void addSlave(const QString &name, std::map<QString, LdfNode> &slaves)
-{
-    if (name.isEmpty()) {
-        logWarning("Found empty slave name in list");
-        return;
-    }
-    LdfNode slave;
-    slave.name = name;
-    slave.type = LdfNodeType::slave;
-    slaves.emplace(name, slave); // a repeated name changes nothing
-}
-
 void readSlaves(const QString &section, std::map<QString, LdfNode> &slaves)
 {
     const LdfMatch match = matchLdfSlaves(section);
@@ -59,7 +47,7 @@ void readSlaves(const QString &section, std::map<QString, LdfNode> &slaves)
         return;
     }
     for (const QString &name : ldfWordList(match[1]))
-        addSlave(name, slaves);
+        addLdfSlave(name, slaves);
 }
 
 bool readAttributeSection(const QString &text, const LdfReading &reading)
@@ -210,6 +198,18 @@ bool readLdfNodes(const QString &text, const LdfReading &reading)
         return false;
     readSlaves(nodes, reading.config.slaves);
     return readAttributeSection(text, reading);
+}
+
+void addLdfSlave(const QString &name, std::map<QString, LdfNode> &slaves)
+{
+    if (name.isEmpty()) {
+        logWarning("Found empty slave name in list");
+        return;
+    }
+    LdfNode slave;
+    slave.name = name;
+    slave.type = LdfNodeType::slave;
+    slaves.emplace(name, slave); // a repeated name changes nothing
 }
 
 bool readLdfNodeAttributes(const QString &block, LdfNode &node, LdfParser &rules)

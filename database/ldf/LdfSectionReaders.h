@@ -28,6 +28,8 @@ struct LdfReading
 // refused.
 
 bool readLdfNodes(const QString &text, const LdfReading &reading);
+/// Adds a slave of that name unless there is one; an empty name is warned of and left out.
+void addLdfSlave(const QString &name, std::map<QString, LdfNode> &slaves);
 /// The node's block of the section Node_attributes.
 bool readLdfNodeAttributes(const QString &block, LdfNode &node, LdfParser &rules);
 
