@@ -101,14 +101,7 @@ void LdfJ2602Parser::checkNad(const LdfNode &node) const
                    node.responseTolerance);
 }
 
-bool LdfJ2602Parser::takesPartIn(const LdfNode &node, const LdfFrame &frame) const
-{
-    return frame.publisher == node.name ||
-           std::any_of(frame.signals.begin(), frame.signals.end(),
-                       [&](const auto &each) { return each.second.subscribers.contains(node.name); });
-}
-
-bool LdfJ2602Parser::checkConfigurableFrames(const LdfNode &node) const
+bool LdfJ2602Parser::checkConfigurableFrames(const LdfNode &node)
 {
     if (node.configurableFrames.isEmpty()) {
         logError("J2602 slave node {} must have configurable frames defined", LogText(node.name));
@@ -124,7 +117,7 @@ bool LdfJ2602Parser::checkConfigurableFrames(const LdfNode &node) const
             logError("Configurable frame {} not found for node {}", LogText(name), LogText(node.name));
             return false;
         }
-        if (!takesPartIn(node, frame->second)) {
+        if (frame->second.publisher != node.name && !lookups().isSubscriber(node.name, frame->second)) {
             logError("Node {} neither publishes nor subscribes to configurable frame {}", LogText(node.name),
                      LogText(name));
             return false;

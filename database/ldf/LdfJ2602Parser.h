@@ -29,10 +29,9 @@ public:
 private:
     const LdfNode *publisherOrError(const LdfFrame &frame) const;
     void checkNad(const LdfNode &node) const;
-    bool checkConfigurableFrames(const LdfNode &node) const;
+    bool checkConfigurableFrames(const LdfNode &node);
     bool checkResponseError(const LdfNode &node);
     void checkFrameId(const LdfFrame &frame) const;
-    bool takesPartIn(const LdfNode &node, const LdfFrame &frame) const;
 };
 
 } // namespace Common

@@ -9,6 +9,7 @@ void LdfLookups::clear()
 {
     m_frameSignals.reset();
     m_configurableFrames.reset();
+    m_subscriptions.reset();
     m_longestDelays.reset();
 }
 
@@ -36,6 +37,27 @@ bool LdfLookups::isConfigurable(const QString &frameName)
         }
     }
     return m_configurableFrames->contains(frameName);
+}
+
+bool LdfLookups::isSubscriber(const QString &node, const LdfFrame &frame)
+{
+    if (!m_subscriptions) {
+        m_subscriptions.emplace();
+        QSet<QString> seen; // a signal has the same subscribers in every frame
+        for (const auto &[frameName, each] : m_config.frames) {
+            for (const auto &[signalName, signal] : each.signals) {
+                if (seen.contains(signalName))
+                    continue;
+                seen.insert(signalName);
+                for (const QString &subscriber : signal.subscribers)
+                    (*m_subscriptions)[subscriber].insert(signalName);
+            }
+        }
+    }
+    const auto received = m_subscriptions->constFind(node);
+    return received != m_subscriptions->constEnd() &&
+           std::any_of(frame.signals.begin(), frame.signals.end(),
+                       [&](const auto &each) { return received->contains(each.first); });
 }
 
 std::optional<double> LdfLookups::longestDelay(const QString &tableName)

@@ -27,6 +27,8 @@ public:
     const LdfSignal *frameSignal(const QString &name);
     /// True when any slave lists the frame as configurable.
     bool isConfigurable(const QString &frameName);
+    /// True when the node receives a signal of the frame.
+    bool isSubscriber(const QString &node, const LdfFrame &frame);
     /// The longest delay of the first schedule table of that name; 0 when it is empty, nothing when there is none.
     std::optional<double> longestDelay(const QString &tableName);
 
@@ -34,6 +36,7 @@ private:
     const LdfConfig &m_config;
     std::optional<QHash<QString, const LdfSignal *>> m_frameSignals;
     std::optional<QSet<QString>> m_configurableFrames;
+    std::optional<QHash<QString, QSet<QString>>> m_subscriptions; // node to its signals
     std::optional<QHash<QString, double>> m_longestDelays;
 };
 
