@@ -2,13 +2,13 @@
 #include "vci/TzVciConfigFile.h"
 
 #include "common/Log.h"
+#include "common/ReplaceFile.h"
 #include "common/Utils.h"
 #include "vci/TzVciDeviceConfig.h"
 
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
-#include <QSaveFile>
 #include <QStringList>
 
 #include <algorithm>
@@ -153,18 +153,17 @@ bool TzVciConfigFile::write(const QJsonObject &root) const
         Common::logError("Unable to save configuration file: Directory does not exist");
         return false;
     }
-    QSaveFile file(m_path);
-    file.setDirectWriteFallback(true); // a folder that takes no new file may hold a file that can be written
-    if (!file.open(QIODevice::WriteOnly)) {
+    QString problem;
+    switch (Common::replaceFile(m_path, QJsonDocument(root).toJson(QJsonDocument::Indented), &problem)) {
+    case Common::ReplaceFileResult::Replaced: return true;
+    case Common::ReplaceFileResult::NotOpened:
         Common::logError("Failed to open config file for writing: {}", m_path.toStdString());
         return false;
-    }
-    file.write(QJsonDocument(root).toJson(QJsonDocument::Indented));
-    if (!file.commit()) { // also tells a write() that fell short
-        Common::logError("Failed to write config file {}: {}", m_path.toStdString(), file.errorString().toStdString());
+    case Common::ReplaceFileResult::NotWritten:
+        Common::logError("Failed to write config file {}: {}", m_path.toStdString(), problem.toStdString());
         return false;
     }
-    return true;
+    return false;
 }
 
 QJsonObject TzVciConfigFile::toElement(int deviceIndex, const TzVciDeviceConfig &config)

@@ -2,13 +2,12 @@
 #include "database/dbc/DbcWriter.h"
 
 #include "common/Log.h"
+#include "common/ReplaceFile.h"
 #include "database/dbc/DbcStatements.h"
 #include "database/text/TextFile.h"
 
 #include <QFile>
-#include <QSaveFile>
 #include <QTextCodec>
-#include <QTextStream>
 
 #include <optional>
 
@@ -46,19 +45,10 @@ TextForm formOf(const QString &path, const QString &encoding)
     return {codecNamed(encoding), false};
 }
 
-// What was there stays until all is written, unless the folder takes no new file.
-WriteResult writeText(const QString &path, const QString &text, const TextForm &form)
+Common::ReplaceFileResult writeText(const QString &path, const QString &text, const TextForm &form)
 {
-    QSaveFile file(path);
-    file.setDirectWriteFallback(true);
-    if (!file.open(QIODevice::WriteOnly))
-        return WriteResult::NotOpened;
-    QTextStream stream(&file);
-    stream.setCodec(form.codec);
-    stream.setGenerateByteOrderMark(form.hasByteOrderMark);
-    stream << text;
-    stream.flush();
-    return file.commit() ? WriteResult::Written : WriteResult::NotWritten; // also tells a write that fell short
+    QTextCodec::ConverterState state(form.hasByteOrderMark ? QTextCodec::DefaultConversion : QTextCodec::IgnoreHeader);
+    return Common::replaceFile(path, form.codec->fromUnicode(text.constData(), text.size(), &state));
 }
 
 } // namespace
@@ -72,9 +62,13 @@ bool DbcWriter::save(const QString &path, const QString &encoding)
 {
     m_isAsciiEncoding = encoding.toLower().contains(QLatin1String("ascii"));
     switch (writeText(path, DbcStatements::fileText(m_file), {codecNamed(encoding), false})) {
-    case WriteResult::NotOpened: Common::logError("Failed to open file for writing: {}", path.toStdString()); break;
-    case WriteResult::NotWritten: Common::logError("Failed to write file: {}", path.toStdString()); break;
-    case WriteResult::Written: Common::logInfo("Successfully saved DBC file: {}", path.toStdString()); return true;
+    case Common::ReplaceFileResult::NotOpened:
+        Common::logError("Failed to open file for writing: {}", path.toStdString());
+        break;
+    case Common::ReplaceFileResult::NotWritten: Common::logError("Failed to write file: {}", path.toStdString()); break;
+    case Common::ReplaceFileResult::Replaced:
+        Common::logInfo("Successfully saved DBC file: {}", path.toStdString());
+        return true;
     }
     return false;
 }
@@ -93,5 +87,5 @@ bool DbcWriter::merge(const QString &sourcePath, const QString &destinationPath,
         formOf(sourcePath, encoding); // before the destination, which may be the same file, is written
     source->replace(QLatin1String("\r\n"), QLatin1String("\n")).replace(QLatin1Char('\r'), QLatin1Char('\n'));
     const QString merged = DbcStatements::mergedText(*source, messages);
-    return writeText(destinationPath, merged, form) == WriteResult::Written || fail(destinationPath);
+    return writeText(destinationPath, merged, form) == Common::ReplaceFileResult::Replaced || fail(destinationPath);
 }

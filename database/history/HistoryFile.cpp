@@ -2,13 +2,13 @@
 #include "database/history/HistoryFile.h"
 
 #include "common/Log.h"
+#include "common/ReplaceFile.h"
 #include "common/Utils.h"
 
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QSaveFile>
 
 #include <utility>
 
@@ -78,16 +78,15 @@ bool HistoryFile::write(const FileHistory &history) const
         custom.insert(key, value);
     const QJsonObject root{{versionKey, QStringLiteral("2.0")}, {m_filesKey, files}, {customFileMapKey, custom}};
 
-    QSaveFile file(m_path);
-    file.setDirectWriteFallback(true); // a folder that takes no new file may hold a file that can be written
-    if (!file.open(QIODevice::WriteOnly)) {
+    QString problem;
+    switch (Common::replaceFile(m_path, QJsonDocument(root).toJson(QJsonDocument::Indented), &problem)) {
+    case Common::ReplaceFileResult::Replaced: return true;
+    case Common::ReplaceFileResult::NotOpened:
         Common::logError("Failed to open config file for writing: {}", m_path.toStdString());
         return false;
-    }
-    file.write(QJsonDocument(root).toJson(QJsonDocument::Indented));
-    if (!file.commit()) { // also tells a write() that fell short
-        Common::logError("Failed to write config file {}: {}", m_path.toStdString(), file.errorString().toStdString());
+    case Common::ReplaceFileResult::NotWritten:
+        Common::logError("Failed to write config file {}: {}", m_path.toStdString(), problem.toStdString());
         return false;
     }
-    return true;
+    return false;
 }

@@ -3,6 +3,7 @@
 #include "database/dbc/DbcWriter.h"
 #include "tests/database/TestFiles.h"
 #include "tests/database/dbc/DbcSamples.h"
+#include "tests/support/FileSizeLimit.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/TempWorkDir.h"
 
@@ -169,4 +170,16 @@ TEST_F(DbcMerge, ADestinationThatCannotBeWrittenIsToldByItsPath)
     EXPECT_FALSE(DbcWriter::merge("in.dbc", "missing/out.dbc", messages, "UTF-8"));
     EXPECT_EQ(log.lines(), (Lines{{3, "DBC merge failed by save file: folder"},
                                   {3, "DBC merge failed by save file: missing/out.dbc"}}));
+}
+
+TEST_F(DbcMerge, AWriteThatFallsShortIsToldAndLeavesWhatWasThere)
+{
+    writeFile("in.dbc", QByteArray(1'000'000, 'c'));
+    writeFile("out.dbc", "old");
+    {
+        const tztest::FileSizeLimit limit(500'000);
+        EXPECT_FALSE(DbcWriter::merge("in.dbc", "out.dbc", messages, "UTF-8"));
+    }
+    EXPECT_EQ(log.lines(), (Lines{{3, "DBC merge failed by save file: out.dbc"}}));
+    EXPECT_EQ(readFile("out.dbc"), "old");
 }

@@ -4,6 +4,7 @@
 #include "database/dbc/DbcStatements.h"
 #include "tests/database/TestFiles.h"
 #include "tests/database/dbc/DbcSamples.h"
+#include "tests/support/FileSizeLimit.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/TempWorkDir.h"
 
@@ -90,4 +91,16 @@ TEST_F(DbcWriterTest, AFileThatCannotBeOpenedIsTold)
     EXPECT_FALSE(DbcWriter(file).save("missing/out.dbc", "UTF-8"));
     EXPECT_EQ(log.lines(), (Lines{{3, "Failed to open file for writing: folder"},
                                   {3, "Failed to open file for writing: missing/out.dbc"}}));
+}
+
+TEST_F(DbcWriterTest, AWriteThatFallsShortIsToldAndLeavesWhatWasThere)
+{
+    writeFile("out.dbc", "old");
+    file.comments.append(QString(1'000'000, 'c'));
+    {
+        const tztest::FileSizeLimit limit(500'000);
+        EXPECT_FALSE(DbcWriter(file).save("out.dbc", "UTF-8"));
+    }
+    EXPECT_EQ(log.lines(), (Lines{{3, "Failed to write file: out.dbc"}}));
+    EXPECT_EQ(readFile("out.dbc"), "old");
 }

@@ -2,6 +2,7 @@
 #include "database/history/HistoryFile.h"
 
 #include "tests/database/history/FakeFiles.h"
+#include "tests/support/FileSizeLimit.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/TempWorkDir.h"
 
@@ -113,4 +114,16 @@ TEST_F(HistoryFileTest, AFolderInPlaceOfTheFile)
     EXPECT_FALSE(file.write(history));
     EXPECT_EQ(log.lines(), (std::vector<tztest::LogCapture::Line>{
                                {3, "Failed to open config file for writing: config/history.json"}}));
+}
+
+TEST_F(HistoryFileTest, AWriteThatFallsShortIsToldAndLeavesWhatWasThere)
+{
+    tztest::writeFile("config/history.json", "old");
+    history.files = {{QString(1'000'000, 'c'), "UTF-8"}};
+    {
+        const tztest::FileSizeLimit limit(500'000);
+        EXPECT_FALSE(file.write(history));
+    }
+    EXPECT_EQ(log.countContaining(3, "Failed to write config file config/history.json: "), 1U);
+    EXPECT_EQ(tztest::readFile("config/history.json"), "old");
 }
