@@ -18,19 +18,24 @@ WorkerThread::~WorkerThread()
     m_thread.detach();
 }
 
-bool WorkerThread::start(const char *name, std::function<void()> body)
+void WorkerThread::launch(const char *name, std::function<void()> body)
 {
     if (isCurrent())
-        return false;
+        throw std::system_error(std::make_error_code(std::errc::resource_deadlock_would_occur));
     const std::lock_guard lock(m_mutex);
     joinLocked();
+    m_thread = std::thread([this, name, body = std::move(body)] {
+        // Only this very thread ever compares equal to the id, so it is early enough to store it here.
+        m_id.store(std::this_thread::get_id(), std::memory_order_release);
+        setThreadName(name);
+        body(); // after it the object may be gone
+    });
+}
+
+bool WorkerThread::start(const char *name, std::function<void()> body)
+{
     try {
-        m_thread = std::thread([this, name, body = std::move(body)] {
-            // Only this very thread ever compares equal to the id, so it is early enough to store it here.
-            m_id.store(std::this_thread::get_id(), std::memory_order_release);
-            setThreadName(name);
-            body(); // after it the object may be gone
-        });
+        launch(name, std::move(body));
         return true;
     } catch (const std::system_error &) {
         return false;

@@ -25,7 +25,9 @@ public:
 
     /// Joins the previous run, if any, and starts the thread.
     /// @param name  at most 15 characters, must outlive the call
-    /// @return false when the system has no thread left, or when called from the previous body
+    /// @throws std::system_error when the system has no thread left, or when called from the previous body
+    void launch(const char *name, std::function<void()> body);
+    /// The same for those who do not tell the reason. @return false where launch() throws
     [[nodiscard]] bool start(const char *name, std::function<void()> body);
     /// Waits for the end of the body; returns at once when nothing was started, or on the thread itself.
     void join();

@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <exception>
 #include <filesystem>
 #include <new>
 #include <system_error>
@@ -80,11 +81,13 @@ int FrameLogger::start()
     m_dropped.store(0);
     m_isDropReported = false;
     m_isRunning.store(true);
-    if (!m_thread.start(m_texts.threadName, [this] { run(); })) {
+    try {
+        m_thread.launch(m_texts.threadName, [this] { run(); });
+    } catch (const std::exception &error) {
         m_isRunning.store(false);
+        m_file.finish();
         m_file.close();
-        const auto error = std::make_error_code(std::errc::resource_unavailable_try_again);
-        logError("Failed to start flush thread: {}", error.message());
+        logError("Failed to start flush thread: {}", error.what());
         return LoggerResult::threadFailed;
     }
     return LoggerResult::ok;

@@ -2,6 +2,7 @@
 // Start, stop and settings of the recorders.
 #include "common/UnifiedTimeManager.h"
 #include "tests/logging/RecorderFixture.h"
+#include "tests/support/NoMoreThreads.h"
 
 #include <mutex>
 #include <thread>
@@ -128,6 +129,24 @@ TYPED_TEST(Recorder, WithoutAPathDoesNotStart)
     EXPECT_EQ(logger.start(), openFailed);
     EXPECT_EQ(this->log.count(3, TypeParam::noPath), 2u);
     EXPECT_FALSE(logger.isRunning());
+}
+
+TYPED_TEST(Recorder, WithoutAThreadItDoesNotStartAndLeavesAWholeFile)
+{
+    typename TestFixture::Logger logger(nullptr);
+    logger.setConfig(this->configOf("run.asc", 0));
+    {
+        const tztest::NoMoreThreads none;
+        EXPECT_EQ(logger.start(), Common::LoggerResult::threadFailed);
+    }
+    EXPECT_FALSE(logger.isRunning());
+    EXPECT_FALSE(logger.addMessage(numberedMessage<TypeParam>(1)));
+    const std::string reason = std::make_error_code(std::errc::resource_unavailable_try_again).message();
+    EXPECT_TRUE(this->log.has(3, "Failed to start flush thread: " + reason));
+    EXPECT_EQ(this->log.lines().size(), 1u);
+    EXPECT_THAT(textOf("run.asc"), testing::EndsWith("Begin TriggerBlock\nEnd TriggerBlock\n"));
+    EXPECT_EQ(logger.start(), ok); // the file is free again
+    logger.stop();
 }
 
 TYPED_TEST(Recorder, ASecondStartIsRefusedAndDisturbsNothing)

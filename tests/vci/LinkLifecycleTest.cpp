@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // How a link begins, ends and fails.
 #include "common/EmergencyStop.h"
+#include "tests/support/NoMoreThreads.h"
 #include "tests/vci/Hex.h"
 #include "tests/vci/LinkFixture.h"
 #include "tests/vci/OnLogLine.h"
@@ -13,7 +14,6 @@
 #include <filesystem>
 #include <fstream>
 #include <future>
-#include <pthread.h>
 #include <sys/resource.h>
 #include <thread>
 
@@ -58,29 +58,6 @@ public:
 
 private:
     rlimit m_before{};
-};
-
-// While it lives a thread can not get the stack that it asks for.
-class NoMoreThreads
-{
-public:
-    NoMoreThreads()
-    {
-        ::pthread_getattr_default_np(&m_before);
-        pthread_attr_t absurd;
-        ::pthread_getattr_default_np(&absurd);
-        ::pthread_attr_setstacksize(&absurd, std::size_t{1} << 47);
-        ::pthread_setattr_default_np(&absurd);
-        ::pthread_attr_destroy(&absurd);
-    }
-    ~NoMoreThreads()
-    {
-        ::pthread_setattr_default_np(&m_before);
-        ::pthread_attr_destroy(&m_before);
-    }
-
-private:
-    pthread_attr_t m_before;
 };
 
 bool hasThread(const std::string &name)
@@ -200,7 +177,7 @@ TEST_F(LinkLifecycle, NoSocketLeftFails)
 TEST_F(LinkLifecycle, NoThreadLeftClosesTheSocketAgain)
 {
     {
-        const NoMoreThreads none;
+        const tztest::NoMoreThreads none;
         EXPECT_FALSE(m_link.connect(config()));
     }
     EXPECT_EQ(m_log.countContaining(3, "Failed to start read thread: "), 1u);

@@ -2,6 +2,7 @@
 #include "tests/logging/ui/TestLoggerRecording.h"
 
 #include "tests/logging/ui/LoggerWindowFixture.h"
+#include "tests/support/NoMoreThreads.h"
 
 #include <sys/resource.h>
 
@@ -104,6 +105,19 @@ void TestLoggerRecording::unwritableHeaderIsTold()
     verifyTold(QMessageBox::Critical, QStringLiteral("Recording Failed"),
                QStringLiteral("Cannot start logging: Failed to write to file"));
     QVERIFY(!fixture->window->isRecording());
+}
+
+void TestLoggerRecording::otherFailureIsToldWithItsCode()
+{
+    fixture->driver.expectBox(QMessageBox::Ok);
+    {
+        const NoMoreThreads none;
+        fixture->start(QStringLiteral("run.asc"));
+    }
+    verifyTold(QMessageBox::Critical, QStringLiteral("Recording Failed"),
+               QStringLiteral("Cannot start logging: Unknown error (Code: -4)"));
+    QVERIFY(!fixture->window->isRecording());
+    QCOMPARE(fixture->button("buttonStartStop")->text(), QStringLiteral("Start Recording"));
 }
 
 void TestLoggerRecording::fileOfAnotherRecordingIsRefused()

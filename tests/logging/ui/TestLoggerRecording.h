@@ -17,6 +17,8 @@ private Q_SLOTS:
     void unopenableFileIsTold();
     void unwritableHeaderIsTold_data() { twins(); }
     void unwritableHeaderIsTold();
+    void otherFailureIsToldWithItsCode_data() { twins(); }
+    void otherFailureIsToldWithItsCode();
     void fileOfAnotherRecordingIsRefused_data() { twins(); }
     void fileOfAnotherRecordingIsRefused();
     void secondStartIsRefused_data() { twins(); }
