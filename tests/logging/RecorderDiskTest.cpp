@@ -83,6 +83,24 @@ TYPED_TEST(RecorderDisk, AFullDiskAtTheStartIsToldByTheResult)
     EXPECT_THAT(textOf("disk/run.asc"), testing::EndsWith("End TriggerBlock\n"));
 }
 
+TYPED_TEST(RecorderDisk, AFolderThatCannotBeWrittenIsAnOpenFailure)
+{
+    TZ_RUN_IN_OWN_MOUNTS();
+    this->mountDisk();
+    writeText("disk/older.csv", "older");
+    ASSERT_TRUE(tztest::makeReadOnly("disk"));
+    for (const char *path : {"disk/run.csv", "disk/older.csv", "disk/new folder/run.csv"}) {
+        typename TestFixture::Logger logger(nullptr);
+        logger.setConfig(this->configOf(path));
+        EXPECT_EQ(logger.start(), Common::LoggerResult::openFailed);
+        EXPECT_FALSE(logger.isRunning());
+        EXPECT_EQ(this->log.count(3, this->openFailed(path)), 1u);
+    }
+    EXPECT_EQ(textOf("disk/older.csv"), "older");
+    EXPECT_FALSE(std::filesystem::exists("disk/run.csv"));
+    EXPECT_TRUE(tztest::unmount("disk"));
+}
+
 TYPED_TEST(RecorderDisk, RecordingGoesOnInTheNextFileOnceThereIsRoom)
 {
     TZ_RUN_IN_OWN_MOUNTS();

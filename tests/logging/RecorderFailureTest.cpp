@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 // Files that cannot be opened, reopened or written.
+#include "tests/logging/LockFailure.h"
 #include "tests/logging/RecorderFixture.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include <cerrno>
 
 namespace {
 
@@ -14,13 +17,14 @@ template <typename Twin> class RecorderFailure : public tztest::RecorderFixture<
 protected:
     void expectOpenFailure(const std::string &path)
     {
+        const std::size_t before = this->log.lines().size();
         typename Twin::Logger logger(nullptr);
         logger.setConfig(this->configOf(path));
         EXPECT_EQ(logger.start(), Common::LoggerResult::openFailed);
         EXPECT_FALSE(logger.isRunning());
         EXPECT_FALSE(logger.addMessage(tztest::numberedMessage<Twin>(1)));
         EXPECT_EQ(this->log.count(3, this->openFailed(path)), 1u);
-        EXPECT_EQ(this->log.lines().size(), 1u);
+        EXPECT_EQ(this->log.lines().size(), before + 1);
     }
 
     /// Brings a running logger whose path is logs/run.csv to where it cannot open its next file.
@@ -97,6 +101,23 @@ TYPED_TEST(RecorderFailure, AFileThatAnotherProgramHoldsIsLeftAsItIs)
     this->expectOpenFailure("run.csv");
     EXPECT_EQ(textOf("run.csv"), "of another program");
     ::close(other);
+}
+
+TYPED_TEST(RecorderFailure, AFileSystemThatKnowsNoLocksIsWrittenWithout)
+{
+    for (const int error : {ENOSYS, EOPNOTSUPP, ENOLCK}) {
+        const tztest::LockFailure noLocks(error);
+        typename TestFixture::Logger logger(nullptr);
+        logger.setConfig(this->configOf("run.csv"));
+        ASSERT_EQ(logger.start(), ok) << error;
+        this->fillFile(logger);
+        EXPECT_TRUE(tztest::waitFor([] { return std::filesystem::exists("run.1.csv"); }));
+        logger.stop();
+        EXPECT_EQ(this->recordsOf("run.csv").size(), this->fillCount);
+        std::filesystem::remove("run.1.csv");
+    }
+    const tztest::LockFailure broken(EIO);
+    this->expectOpenFailure("other.csv");
 }
 
 TYPED_TEST(RecorderFailure, ChineseCharactersAndBlanksInThePath)

@@ -66,6 +66,16 @@ bool mountSmallDisk(const std::string &path, std::size_t size)
     return ::mount("none", path.c_str(), "tmpfs", 0, options.c_str()) == 0;
 }
 
+bool makeReadOnly(const std::string &path)
+{
+    return ::mount("none", path.c_str(), "tmpfs", MS_REMOUNT | MS_RDONLY, nullptr) == 0;
+}
+
+bool unmount(const std::string &path)
+{
+    return ::umount2(path.c_str(), MNT_DETACH) == 0;
+}
+
 bool bindMount(const std::string &source, const std::string &target)
 {
     return ::mount(source.c_str(), target.c_str(), nullptr, MS_BIND, nullptr) == 0;
