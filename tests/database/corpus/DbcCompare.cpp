@@ -1,48 +1,14 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tests/database/corpus/DbcCompare.h"
 
-#include <QDebug>
+#include "tests/database/corpus/Comparison.h"
 
 #include <algorithm>
-#include <cmath>
 #include <map>
-#include <utility>
 
 namespace tzcorpus {
 
 namespace {
-
-/// Collects differences under the name of what is compared.
-class Comparison
-{
-public:
-    explicit Comparison(QString where)
-        : m_where(std::move(where))
-    {
-    }
-    template <typename T> void field(const char *name, const T &expected, const T &actual)
-    {
-        if (expected == actual || (std::is_floating_point_v<T> && bothNaN(expected, actual)))
-            return;
-        QString line;
-        QDebug(&line).nospace() << qUtf8Printable(m_where) << ' ' << name << ": expected " << expected << ", is "
-                                << actual;
-        m_differences += line;
-    }
-    void append(const QStringList &differences) { m_differences += differences; }
-    const QStringList &differences() const { return m_differences; }
-
-private:
-    template <typename T> static bool bothNaN(const T &left, const T &right)
-    {
-        if constexpr (std::is_floating_point_v<T>)
-            return std::isnan(left) && std::isnan(right);
-        return false;
-    }
-
-    QString m_where;
-    QStringList m_differences;
-};
 
 // Lists as lines of text, so that a difference can be read.
 QStringList linesOf(const std::vector<DbcAttributeValue> &attributes)
