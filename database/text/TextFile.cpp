@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "database/text/TextFile.h"
 
+#include "database/text/TextCursor.h"
+
 #include <QFile>
 #include <QFileInfo>
 #include <QTextCodec>
@@ -63,9 +65,9 @@ QString decode(const QByteArray &bytes, const QString &encoding)
 
 QString prepare(QString text)
 {
-    if (!text.contains(u'\r') && !text.contains(QLatin1String("/*")))
-        return text;
     const QStringView source(text);
+    if (!text.contains(u'\r') && findLiteral(source, u"/*", 0) < 0)
+        return text;
     QString prepared(text.size(), Qt::Uninitialized);
     QChar *target = prepared.data();
     bool mayClose = true;        // false once no comment can end any more
@@ -73,7 +75,7 @@ QString prepare(QString text)
     for (qsizetype index = 0; index < source.size(); ++index) {
         const QChar character = source[index];
         if (character == u'/' && mayClose && index + 1 < source.size() && source[index + 1] == u'*') {
-            const qsizetype end = source.indexOf(QLatin1String("*/"), index + 2);
+            const qsizetype end = findLiteral(source, u"*/", index + 2);
             mayClose = end >= 0;
             if (mayClose) {
                 index = end + 1;

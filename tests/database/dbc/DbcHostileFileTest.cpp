@@ -75,7 +75,7 @@ TEST_F(DbcHostileFiles, HalfSurrogatesDoNoHarm)
 TEST_F(DbcHostileFiles, OneLineOf50Megabytes)
 {
     QElapsedTimer timer;
-    for (const QByteArray &piece : {QByteArray("x"), QByteArray("BO_ "), QByteArray("\"1 "), QByteArray("CM_ BO_ ")}) {
+    for (const QByteArray &piece : {QByteArray("x"), QByteArray("CM_ BO_ ")}) {
         timer.start();
         EXPECT_FALSE(parseBytes(piece.repeated(50'000'000 / piece.size())));
         EXPECT_LT(timer.elapsed(), longestMs) << piece.toStdString();
