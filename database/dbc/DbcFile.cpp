@@ -4,11 +4,25 @@
 #include "common/Log.h"
 #include "database/text/LogText.h"
 
+#include <bit>
+#include <numeric>
 #include <utility>
 
 namespace {
 
 constexpr std::uint32_t identifierMask = 0x1FFFFFFF;
+
+std::uint32_t hashOf(std::uint32_t id, QStringView name)
+{
+    constexpr std::uint64_t spread = 0x9E3779B97F4A7C15; // any odd number of well mixed bits
+    return static_cast<std::uint32_t>(((std::uint64_t{id} << 32 | qHash(name)) * spread) >> 32);
+}
+
+std::size_t countSignals(const std::vector<DbcMessage> &messages)
+{
+    return std::accumulate(messages.begin(), messages.end(), std::size_t{0},
+                           [](std::size_t sum, const DbcMessage &message) { return sum + message.signals.size(); });
+}
 
 } // namespace
 
@@ -26,35 +40,55 @@ void DbcFile::addNode(DbcNode node)
 void DbcFile::rebuildIndexes()
 {
     m_messagePlaces.clear();
-    m_signalPlaces.clear();
     m_nodePlaces.clear();
     m_messagePlaces.reserve(messages.size() + specialMessages.size());
-    m_signalPlaces.reserve(messages.size() + specialMessages.size());
-    for (std::size_t index = 0; index < messages.size(); ++index)
-        indexMessage({false, index});
-    for (std::size_t index = 0; index < specialMessages.size(); ++index)
-        indexMessage({true, index});
+    const std::size_t signalCount = countSignals(messages) + countSignals(specialMessages);
+    m_signalSlots.assign(signalCount == 0 ? 0 : std::bit_ceil(signalCount * 2), {});
+    const auto indexMessages = [this](const std::vector<DbcMessage> &list, bool isSpecial) {
+        for (std::uint32_t index = 0; index < list.size(); ++index) {
+            m_messagePlaces.insert_or_assign(list[index].id, MessagePlace{isSpecial, index});
+            indexSignals({isSpecial, index});
+        }
+    };
+    indexMessages(messages, false);
+    indexMessages(specialMessages, true);
     for (std::size_t index = 0; index < nodes.size(); ++index)
         m_nodePlaces.emplace(nodes[index].name, index);
 }
 
-void DbcFile::indexMessage(const MessagePlace &place)
+void DbcFile::indexSignals(const MessagePlace &place)
 {
     const DbcMessage &message = messageAt(place);
-    m_messagePlaces.insert_or_assign(message.id, place);
-    TextMap<SignalPlace> &places = m_signalPlaces[message.id];
-    places.reserve(places.size() + message.signals.size());
-    for (std::size_t index = 0; index < message.signals.size(); ++index) {
-        const auto [entry, isNew] = places.try_emplace(message.signals[index].name, SignalPlace{place, index, index});
-        if (isNew)
-            continue;
-        SignalPlace &known = entry->second;
-        known = {place, known.message == place ? known.firstIndex : index, index};
-        if (!place.isSpecial) {
-            Common::logWarning("Duplicate signal name {} in message {}", Common::LogText(message.signals[index].name),
-                               message.id);
-        }
+    for (std::uint32_t index = 0; index < message.signals.size(); ++index) {
+        const QString &name = message.signals[index].name;
+        const std::uint32_t hash = hashOf(message.id, name);
+        SignalSlot &slot = m_signalSlots[slotOf(message.id, name, hash)];
+        const bool isKnown = slot.isTaken;
+        const bool isOfThisMessage = isKnown && slot.message == place;
+        slot = {message.id, hash, place, isOfThisMessage ? slot.firstIndex : index, index, true};
+        if (isKnown && !place.isSpecial)
+            Common::logWarning("Duplicate signal name {} in message {}", Common::LogText(name), message.id);
     }
+}
+
+std::size_t DbcFile::slotOf(std::uint32_t id, QStringView name, std::uint32_t hash) const
+{
+    const std::size_t mask = m_signalSlots.size() - 1;
+    std::size_t index = hash & mask;
+    for (; m_signalSlots[index].isTaken; index = (index + 1) & mask) {
+        const SignalSlot &slot = m_signalSlots[index];
+        if (slot.hash == hash && slot.id == id && messageAt(slot.message).signals[slot.lastIndex].name == name)
+            break;
+    }
+    return index;
+}
+
+const DbcFile::SignalSlot *DbcFile::findSlot(std::uint32_t id, QStringView name) const
+{
+    if (m_signalSlots.empty())
+        return nullptr;
+    const SignalSlot &slot = m_signalSlots[slotOf(id, name, hashOf(id, name))];
+    return slot.isTaken ? &slot : nullptr;
 }
 
 const DbcMessage &DbcFile::messageAt(const MessagePlace &place) const
@@ -70,15 +104,6 @@ const DbcFile::MessagePlace *DbcFile::placeOf(std::uint32_t number) const
     return entry == m_messagePlaces.end() ? nullptr : &entry->second;
 }
 
-const DbcFile::SignalPlace *DbcFile::placeOf(std::uint32_t id, QStringView name) const
-{
-    const auto places = m_signalPlaces.find(id);
-    if (places == m_signalPlaces.end())
-        return nullptr;
-    const auto entry = places->second.find(name);
-    return entry == places->second.end() ? nullptr : &entry->second;
-}
-
 const DbcMessage *DbcFile::findMessage(std::uint32_t number) const
 {
     const MessagePlace *place = placeOf(number);
@@ -92,10 +117,10 @@ DbcMessage *DbcFile::findMessage(std::uint32_t number)
 
 const DbcSignal *DbcFile::findSignal(std::uint32_t number, QStringView name) const
 {
-    const SignalPlace *place = placeOf(number, name);
-    if (place == nullptr)
-        place = placeOf(number & identifierMask, name);
-    return place == nullptr ? nullptr : &messageAt(place->message).signals[place->lastIndex];
+    const SignalSlot *slot = findSlot(number, name);
+    if (slot == nullptr)
+        slot = findSlot(number & identifierMask, name);
+    return slot == nullptr ? nullptr : &messageAt(slot->message).signals[slot->lastIndex];
 }
 
 DbcSignal *DbcFile::findSignal(std::uint32_t number, QStringView name)
@@ -109,8 +134,8 @@ DbcSignal *DbcFile::findFirstSignal(std::uint32_t number, QStringView name)
     if (messagePlace == nullptr)
         return nullptr;
     DbcMessage &message = const_cast<DbcMessage &>(messageAt(*messagePlace));
-    const SignalPlace *place = placeOf(message.id, name);
-    return place != nullptr && place->message == *messagePlace ? &message.signals[place->firstIndex] : nullptr;
+    const SignalSlot *slot = findSlot(message.id, name);
+    return slot != nullptr && slot->message == *messagePlace ? &message.signals[slot->firstIndex] : nullptr;
 }
 
 const DbcNode *DbcFile::findNode(QStringView name) const

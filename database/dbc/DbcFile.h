@@ -72,22 +72,29 @@ private:
     struct MessagePlace
     {
         bool isSpecial = false;
-        std::size_t index = 0;
+        std::uint32_t index = 0;
         bool operator==(const MessagePlace &) const = default;
     };
-    struct SignalPlace
+    /// A slot of the index of signals, which is one open-addressed table: files have hundreds of thousands of signals,
+    /// and an allocation for each would cost more than reading it.
+    struct SignalSlot
     {
+        std::uint32_t id = 0;
+        std::uint32_t hash = 0;
         MessagePlace message;
-        std::size_t firstIndex = 0; ///< in that message
-        std::size_t lastIndex = 0;
+        std::uint32_t firstIndex = 0; ///< in that message
+        std::uint32_t lastIndex = 0;
+        bool isTaken = false;
     };
 
-    void indexMessage(const MessagePlace &place);
+    void indexSignals(const MessagePlace &place);
     const MessagePlace *placeOf(std::uint32_t number) const;
-    const SignalPlace *placeOf(std::uint32_t id, QStringView name) const;
     const DbcMessage &messageAt(const MessagePlace &place) const;
+    /// The slot that holds the signal, or the free one where it belongs. There must be slots.
+    std::size_t slotOf(std::uint32_t id, QStringView name, std::uint32_t hash) const;
+    const SignalSlot *findSlot(std::uint32_t id, QStringView name) const;
 
     std::unordered_map<std::uint32_t, MessagePlace> m_messagePlaces;
-    std::unordered_map<std::uint32_t, TextMap<SignalPlace>> m_signalPlaces;
+    std::vector<SignalSlot> m_signalSlots; // none, or a power of two, at most half of them taken
     TextMap<std::size_t> m_nodePlaces;
 };
