@@ -30,13 +30,8 @@ QString knownCodecName(const QString &name)
     return QLatin1String("windows-") + name.mid(2);
 }
 
-} // namespace
-
-std::vector<File> files(const QString &kind)
+std::vector<File> filesIn(const QDir &folder, const QString &kind)
 {
-    if (!qEnvironmentVariableIsSet(variable))
-        return {File{}};
-    const QDir folder(qEnvironmentVariable(variable));
     const QDir kindFolder(folder.filePath(kind));
     std::vector<File> result;
     for (const QString &name : kindFolder.entryList({QLatin1String("*.") + kind}, QDir::Files, QDir::Name)) {
@@ -44,6 +39,19 @@ std::vector<File> files(const QString &kind)
         result.push_back({name, kindFolder.filePath(name), QFile::exists(golden) ? golden : QString()});
     }
     return result;
+}
+
+} // namespace
+
+std::vector<File> files(const QString &kind)
+{
+    return qEnvironmentVariableIsSet(variable) ? filesIn(QDir(qEnvironmentVariable(variable)), kind)
+                                               : std::vector<File>{File{}};
+}
+
+std::vector<File> ownFiles(const QString &kind)
+{
+    return filesIn(QDir(QStringLiteral(TZ_OWN_CORPUS)), kind);
 }
 
 std::string testName(const testing::TestParamInfo<File> &info)

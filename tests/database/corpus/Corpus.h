@@ -33,6 +33,9 @@ inline constexpr const char *skipReason =
 /// there and says that it is skipped; none where the folder it names holds no such files.
 std::vector<File> files(const QString &kind);
 
+/// The same for the small files that lie beside the tests, and show every rule at work; they have no results.
+std::vector<File> ownFiles(const QString &kind);
+
 /// A file's name as a name of a test.
 std::string testName(const testing::TestParamInfo<File> &info);
 

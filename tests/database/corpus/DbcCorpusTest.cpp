@@ -76,6 +76,8 @@ TEST_P(DbcCorpus, SavedFileReadsAsTheSameButForTheKnownLosses)
 
 INSTANTIATE_TEST_SUITE_P(All, DbcCorpus, testing::ValuesIn(files(QStringLiteral("dbc"))), testName);
 
+INSTANTIATE_TEST_SUITE_P(Own, DbcCorpus, testing::ValuesIn(ownFiles(QStringLiteral("dbc"))), testName);
+
 TEST(DbcCorpusFolder, HoldsFiles)
 {
     const std::vector<File> all = files(QStringLiteral("dbc"));

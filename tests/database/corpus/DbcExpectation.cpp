@@ -143,7 +143,7 @@ MessageCase messageCase(const DbcText &file, const TextMessage &text, const Gold
     message.name = golden != nullptr ? golden->name : text.name;
     message.size = static_cast<std::uint8_t>(golden != nullptr ? golden->length : text.size);
     message.isExtended = golden != nullptr ? golden->isExtended : text.isExtended();
-    message.isFd = golden != nullptr && golden->isFd;
+    message.isFd = golden != nullptr ? golden->isFd : ownFrameFormat(result).contains(QLatin1String("FD"));
     message.transmitter = text.transmitter;
     message.comment = text.comment.trimmed();
     return result;

@@ -158,21 +158,6 @@ int roundedNumbers(DbcFile &file)
     return forSignals(file, &roundNumbers);
 }
 
-bool hasNoRange(const DbcSignal &signal)
-{
-    return signal.minimum == 0.0 && signal.maximum == 0.0;
-}
-
-int rangesDerivedAnew(DbcFile &file)
-{
-    return forSignals(file, [](DbcSignal &signal) {
-        if (!hasNoRange(signal))
-            return false;
-        deriveRange(signal);
-        return !hasNoRange(signal);
-    });
-}
-
 int floatByWrittenRange(DbcFile &file)
 {
     return forSignals(file, [](DbcSignal &signal) {
@@ -252,7 +237,6 @@ constexpr SaveRule saveRules[] = {
      &emptyAttributes},
     {"save: escaped quotes", "an escaped quote in an attribute of the file becomes a plain one", &escapedQuotes},
     {"save: six digits", "numbers are written with six significant digits", &roundedNumbers},
-    {"save: range anew", "a range that is written as zero is derived", &rangesDerivedAnew},
     {"save: float by range", "the written range gains or loses its E", &floatByWrittenRange},
     {"save: declared float", "a declared float takes the exact limits of its type again", &declaredFloatLimits},
     {"save: receivers", "a signal without receivers is written with the pseudo node", &receivers},

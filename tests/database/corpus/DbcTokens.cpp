@@ -14,13 +14,21 @@ bool endsWord(QChar character)
     return character.isSpace() || character == u'"' || loneSigns.contains(character);
 }
 
+// A quote behind a backslash does not end a text.
+qsizetype endOfQuoted(const QString &text, qsizetype begin)
+{
+    for (int at = static_cast<int>(begin) + 1; at < text.size(); ++at) {
+        if (text.at(at) == u'"' && text.at(at - 1) != u'\\')
+            return at + 1;
+    }
+    return text.size();
+}
+
 qsizetype endOfToken(const QString &text, qsizetype begin)
 {
     const QChar first = text.at(static_cast<int>(begin));
-    if (first == u'"') {
-        const int close = text.indexOf(u'"', static_cast<int>(begin) + 1);
-        return close < 0 ? text.size() : close + 1;
-    }
+    if (first == u'"')
+        return endOfQuoted(text, begin);
     if (loneSigns.contains(first))
         return begin + 1;
     return std::find_if(text.begin() + begin, text.end(), endsWord) - text.begin();

@@ -8,6 +8,7 @@
 #include "tests/support/TempWorkDir.h"
 
 #include <QFile>
+#include <QRegularExpression>
 #include <QTextCodec>
 
 #include <cstdio>
@@ -25,6 +26,7 @@ struct Totals
     long frames = 0;
     long signals = 0;
     long payloads = 0;
+    long encodings = 0;
 };
 
 /// Reads one file of the corpus and its results. A file that the reader refuses is mended first, so that the rest of it
@@ -34,9 +36,10 @@ class LdfCorpus : public testing::TestWithParam<File>
 public:
     static void TearDownTestSuite()
     {
-        std::printf(
-            "LDF files read: %ld, refused: %ld, mended and read: %ld; frames: %ld, signals: %ld, payloads: %ld\n",
-            s_totals.files, s_totals.refused, s_totals.mended, s_totals.frames, s_totals.signals, s_totals.payloads);
+        std::printf("LDF files read: %ld, refused: %ld, mended and read: %ld; frames: %ld, signals: %ld, payloads: "
+                    "%ld, encodings: %ld\n",
+                    s_totals.files, s_totals.refused, s_totals.mended, s_totals.frames, s_totals.signals,
+                    s_totals.payloads, s_totals.encodings);
     }
 
 protected:
@@ -56,17 +59,22 @@ protected:
 
     bool load(const QString &path) { return Common::LdfParser::loadLdfConfig(m_config, path, m_encoding); }
 
+    bool loadText(const QString &text)
+    {
+        const QString path = m_folder.filePath(QStringLiteral("mended.ldf"));
+        QFile file(path);
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(QTextCodec::codecForName(m_encoding.toLatin1())->fromUnicode(text));
+        file.close();
+        return load(path);
+    }
+
     bool loadMended(bool isCounting)
     {
         const MendedLdf mended = mendLdf(m_text, isCounting);
         m_rules = mended.rules;
         m_mendedText = mended.text;
-        const QString path = m_folder.filePath(QStringLiteral("mended.ldf"));
-        QFile file(path);
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(QTextCodec::codecForName(m_encoding.toLatin1())->fromUnicode(mended.text));
-        file.close();
-        return load(path);
+        return loadText(mended.text);
     }
 
     static Totals s_totals;
@@ -100,6 +108,32 @@ TEST_P(LdfCorpus, ContentMatchesFieldByField)
     for (const GoldenLdfFrame &frame : m_golden.frames)
         s_totals.signals += static_cast<long>(frame.signals.size());
     reportDifferences(QStringLiteral("content"), compareLdf(m_golden, m_mendedText, m_config));
+}
+
+// A file is read with signals alone, so each encoding is given to the first one in turn.
+TEST_P(LdfCorpus, EveryEncodingMatches)
+{
+    const QString text = mendLdf(m_text, false).text;
+    const bool hasSignal = !m_golden.frames.empty() && !m_golden.frames.front().signals.empty();
+    for (const auto &[name, values] : m_golden.encodings) {
+        if (!hasSignal)
+            return;
+        LdfGolden golden = m_golden;
+        GoldenLdfSignal &signal = golden.frames.front().signals.front();
+        signal.encoding = name;
+        const QString statement = QStringLiteral("\n%1: %2;\n").arg(name, signal.name);
+        const int end = ldfSection(text, QStringLiteral("Signal_representation")).second;
+        QString changed = text;
+        if (end > 0)
+            changed.insert(end, statement);
+        else
+            changed += QStringLiteral("\nSignal_representation {%1}\n").arg(statement);
+        if (!text.contains(QRegularExpression(QStringLiteral("\\b%1\\s*\\{").arg(name))))
+            continue; // it was taken out, for there is nothing in it
+        ASSERT_TRUE(loadText(changed)) << name.toStdString();
+        reportDifferences(name, compareLdf(golden, changed, m_config));
+        ++s_totals.encodings;
+    }
 }
 
 QStringList checkPayload(LdfFrame frame, const GoldenLdfPayload &payload)

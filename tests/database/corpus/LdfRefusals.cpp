@@ -20,19 +20,6 @@ struct RefusalRule
 
 using Match = QRegularExpressionMatch;
 
-/// Begin and end of what stands between the braces of a section; nothing there: both 0.
-std::pair<int, int> sectionOf(const QString &text, const QString &name)
-{
-    const Match head = QRegularExpression(QStringLiteral("\\b%1\\s*\\{").arg(name)).match(text);
-    if (!head.hasMatch())
-        return {0, 0};
-    int depth = 1;
-    int end = head.capturedEnd();
-    for (; end < text.size() && depth > 0; ++end)
-        depth += text.at(end) == u'{' ? 1 : text.at(end) == u'}' ? -1 : 0;
-    return {head.capturedEnd(), end - 1};
-}
-
 /// Replaces every match of @p pattern in @p text by what @p change makes of it.
 void replaceEach(QString &text, const QString &pattern, const std::function<QString(const Match &)> &change)
 {
@@ -50,7 +37,7 @@ void replaceEach(QString &text, const QString &pattern, const std::function<QStr
 void replaceIn(QString &text, const char *section, const QString &pattern,
                const std::function<QString(const Match &)> &change)
 {
-    const auto [begin, end] = sectionOf(text, QLatin1String(section));
+    const auto [begin, end] = ldfSection(text, QLatin1String(section));
     QString content = text.mid(begin, end - begin);
     replaceEach(content, pattern, change);
     text.replace(begin, end - begin, content);
@@ -103,7 +90,7 @@ void removeEmptyEncodings(QString &text)
 
 void addSubscribers(QString &text)
 {
-    const auto [begin, end] = sectionOf(text, QStringLiteral("Frames"));
+    const auto [begin, end] = ldfSection(text, QStringLiteral("Frames"));
     const QString frames = text.mid(begin, end - begin);
     const auto isPlaced = [&](const QString &signal) {
         return frames.contains(QRegularExpression(QStringLiteral("\\b%1\\s*,\\s*\\d+\\s*;").arg(signal)));
@@ -117,10 +104,10 @@ void addSubscribers(QString &text)
 
 void addNodeAttributes(QString &text)
 {
-    const auto [nodes, nodesEnd] = sectionOf(text, QStringLiteral("Nodes"));
+    const auto [nodes, nodesEnd] = ldfSection(text, QStringLiteral("Nodes"));
     const Match slaves =
         QRegularExpression(QStringLiteral("Slaves\\s*:([^;]*);")).match(text.mid(nodes, nodesEnd - nodes));
-    const auto [begin, end] = sectionOf(text, QStringLiteral("Node_attributes"));
+    const auto [begin, end] = ldfSection(text, QStringLiteral("Node_attributes"));
     QString blocks;
     for (const QString &slave : slaves.captured(1).split(u',', Qt::SkipEmptyParts)) {
         const QString known = text.mid(begin, end - begin);
@@ -150,6 +137,18 @@ constexpr RefusalRule refusalRules[] = {
 };
 
 } // namespace
+
+std::pair<int, int> ldfSection(const QString &text, const QString &name)
+{
+    const Match head = QRegularExpression(QStringLiteral("\\b%1\\s*\\{").arg(name)).match(text);
+    if (!head.hasMatch())
+        return {0, 0};
+    int depth = 1;
+    int end = head.capturedEnd();
+    for (; end < text.size() && depth > 0; ++end)
+        depth += text.at(end) == u'{' ? 1 : text.at(end) == u'}' ? -1 : 0;
+    return {head.capturedEnd(), end - 1};
+}
 
 MendedLdf mendLdf(const QString &text, bool isCounting)
 {
