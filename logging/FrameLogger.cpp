@@ -143,7 +143,7 @@ std::int64_t FrameLogger::claimRoom(std::size_t count) noexcept
 // several blocks leaves those uncounted in the producer, whose index of blocks then overflows.
 std::size_t FrameLogger::enqueue(std::span<const TzVciMessage> messages)
 {
-    RaceAnnotations::acquired(&m_queue); // the blocks that takeBatch() emptied are taken again
+    const RaceAnnotations::UncheckedAccess unchecked; // the queue takes its emptied blocks again behind a fence
     std::size_t entered = 0;
     while (entered < messages.size()) {
         const auto part = messages.subspan(entered, std::min(messages.size() - entered, QueueTraits::BLOCK_SIZE));
@@ -182,7 +182,6 @@ void FrameLogger::discardQueue()
 std::size_t FrameLogger::takeBatch(std::size_t limit)
 {
     const std::size_t count = m_queue.try_dequeue_bulk(m_batch.begin(), limit);
-    RaceAnnotations::released(&m_queue);
     m_queued.fetch_sub(static_cast<std::int64_t>(count));
     return count;
 }

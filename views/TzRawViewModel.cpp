@@ -70,21 +70,28 @@ QVariant TzRawViewModel::headerData(int section, Qt::Orientation orientation, in
     return tr(m_family.headers[static_cast<std::size_t>(section)]);
 }
 
-// Block by block: the queue takes a bulk as a whole or not at all, and one that is refused after it asked for several
-// blocks leaves those uncounted in the producer, whose index of blocks then overflows.
 void TzRawViewModel::addMessages(std::span<const TzVciMessage> messages)
 {
-    Common::RaceAnnotations::acquired(&m_incoming); // the blocks that updateData() emptied are taken again
-    while (!messages.empty()) {
-        const auto part = messages.first(std::min(messages.size(), QueueTraits::BLOCK_SIZE));
+    if (enqueue(messages) < messages.size())
+        reportOverflow();
+}
+
+// Block by block: the queue takes a bulk as a whole or not at all, and one that is refused after it asked for several
+// blocks leaves those uncounted in the producer, whose index of blocks then overflows.
+std::size_t TzRawViewModel::enqueue(std::span<const TzVciMessage> messages)
+{
+    const Common::RaceAnnotations::UncheckedAccess unchecked; // the queue takes its emptied blocks again behind a fence
+    std::size_t entered = 0;
+    while (entered < messages.size()) {
+        const auto part = messages.subspan(entered, std::min(messages.size() - entered, QueueTraits::BLOCK_SIZE));
         if (!m_incoming.enqueue_bulk(m_producer, part.data(), part.size()))
             break;
-        messages = messages.subspan(part.size());
+        entered += part.size();
     }
-    while (!messages.empty() && m_incoming.enqueue(m_producer, messages.front())) // the block begun may have room
-        messages = messages.subspan(1);
-    if (!messages.empty())
-        reportOverflow();
+    while (entered < messages.size() &&
+           m_incoming.enqueue(m_producer, messages[entered])) // the block begun may have room
+        ++entered;
+    return entered;
 }
 
 // At most once a second: under overload the line would come with every batch.
@@ -100,7 +107,6 @@ void TzRawViewModel::reportOverflow()
 void TzRawViewModel::updateData()
 {
     const std::span batch(m_batch.data(), m_incoming.try_dequeue_bulk(m_batch.begin(), m_batch.size()));
-    Common::RaceAnnotations::released(&m_incoming);
     if (batch.empty())
         return;
     m_allMessages.insert(m_allMessages.end(), batch.begin(), batch.end());

@@ -91,6 +91,7 @@ private:
     QString timeText(int row) const;
     QString formattedTime(const TzVciMessage &message) const;
     void prepareDelta(int row) const;
+    std::size_t enqueue(std::span<const TzVciMessage> messages);
     void reportOverflow();
 
     const TzRawViewFamily &m_family;

@@ -2,27 +2,35 @@
 #pragma once
 
 #if defined(__SANITIZE_THREAD__)
-#include <sanitizer/tsan_interface.h>
+extern "C" {
+void AnnotateIgnoreWritesBegin(const char *file, int line); // of the sanitizer's run-time library
+void AnnotateIgnoreWritesEnd(const char *file, int line);
+}
 #endif
 
-/// Tells the thread sanitizer of an order between threads that it cannot see, because a library makes it by a fence.
-/// They order nothing by themselves and are empty in every other build.
 namespace Common::RaceAnnotations {
 
-/// What the calling thread did so far comes before what follows the next acquired() of the same @p object.
-inline void released([[maybe_unused]] const void *object) noexcept
+/// While it lives, the thread sanitizer does not look at what this thread reads and writes; atomic operations still
+/// order threads. For calls into a library that makes its order by fences, which the sanitizer does not know: each of
+/// its reports, also a suppressed one, is compared with all before, so thousands of them stop a program. Empty
+/// elsewhere.
+class UncheckedAccess
 {
+public:
+    UncheckedAccess() noexcept
+    {
 #if defined(__SANITIZE_THREAD__)
-    __tsan_release(const_cast<void *>(object));
+        AnnotateIgnoreWritesBegin(__FILE__, __LINE__);
 #endif
-}
-
-/// What follows comes behind everything in front of the last released() of the same @p object.
-inline void acquired([[maybe_unused]] const void *object) noexcept
-{
+    }
+    ~UncheckedAccess()
+    {
 #if defined(__SANITIZE_THREAD__)
-    __tsan_acquire(const_cast<void *>(object));
+        AnnotateIgnoreWritesEnd(__FILE__, __LINE__);
 #endif
-}
+    }
+    UncheckedAccess(const UncheckedAccess &) = delete;
+    UncheckedAccess &operator=(const UncheckedAccess &) = delete;
+};
 
 } // namespace Common::RaceAnnotations
