@@ -193,7 +193,8 @@ void FrameLogger::run()
     while (m_isRunning.load()) {
         m_sleeper.sleepUntil(ticket, platform::SteadySleeper::Clock::now() + flushInterval);
         ticket = m_sleeper.ticket();
-        flushQueue();
+        if (m_isRunning.load()) // else what waits is the rest
+            flushQueue();
     }
     flushRest();
     logInfo("{}", m_texts.threadStopped);
