@@ -23,8 +23,8 @@ OwnMountsResult runInOwnMounts();
 [[nodiscard]] bool mountSmallDisk(const std::string &path, std::size_t size);
 /// In the child: from now on nobody can write to the file system mounted at @p path, not even root.
 [[nodiscard]] bool makeReadOnly(const std::string &path);
-/// In the child: takes a mount away, so that the test can remove its folder.
-[[nodiscard]] bool unmount(const std::string &path);
+/// In the child: takes a mount away, so that its folder can be removed. @return false where nothing is mounted
+bool unmount(const std::string &path);
 /// In the child: puts @p source in the place of @p target, which then can be neither removed nor renamed.
 [[nodiscard]] bool bindMount(const std::string &source, const std::string &target);
 
