@@ -3,13 +3,17 @@
 
 #include "app/TZBenchWindow.h"
 #include "app/TzApplication.h"
+#include "app/TzBenchWindowHelper.h"
 #include "app/TzStartup.h"
+#include "logging/ui/LoggerWindow.h"
 #include "vci/TzVciDeviceConfig.h"
 #include "vci/TzVciDeviceManager.h"
 #include "vci/TzVciDeviceStore.h"
 #include "vci/TzVciNetwork.h"
 #include "vci/TzVciTypes.h"
+#include "views/ui/TzRawViewWindow.h"
 
+#include <QLineEdit>
 #include <QTimer>
 
 #include <cstdio>
@@ -79,17 +83,48 @@ int openChannelUnderDialog(int argc, char **argv)
     return opened ? result : openFailed;
 }
 
+bool startRecording(TZBenchWindow &window)
+{
+    TzBenchWindowHelper &helper = *window.helper();
+    helper.newView(TzVciViewKind::can, TzBenchWindowHelper::Request::ByProgram);
+    auto *view = qobject_cast<TzRawViewWindow *>(helper.views().views().back());
+    auto *path = view->logger()->findChild<QLineEdit *>(QStringLiteral("lineEditPath"));
+    path->setText(QString::fromLatin1(recordingPath));
+    view->logger()->startRecording();
+    return view->logger()->isRecording() && openChannel();
+}
+
+int record(int argc, char **argv)
+{
+    TzStartup::installCrashHandling();
+    TzStartup::prepareToolkit();
+    TzApplication application(argc, argv);
+    std::unique_ptr<TZBenchWindow> window;
+    bool recording = false;
+    const int result = TzStartup::runGuarded([&] {
+        window = TzStartup::showMainWindow(application);
+        recording = startRecording(*window);
+        std::puts(recording ? recordingLine : "failed");
+        std::fflush(stdout);
+        return application.run();
+    });
+    TzStartup::finish();
+    return recording ? result : openFailed;
+}
+
 } // namespace
 
 std::optional<int> runAsChild(int argc, char **argv)
 {
     const std::string_view role = argc > 1 ? argv[1] : "";
-    if (role != hangingCloseRole && role != channelUnderDialogRole)
+    if (role != hangingCloseRole && role != channelUnderDialogRole && role != recordingRole)
         return std::nullopt;
     if (!TzVciNetwork::current().isLoopback())
         return notLoopback; // nothing is ever sent to a real interface
     if (role == hangingCloseRole)
         return hangOnClosing(argc, argv);
+    if (role == recordingRole)
+        return record(argc, argv);
     return openChannelUnderDialog(argc, argv);
 }
 

@@ -13,8 +13,13 @@ inline constexpr const char *hangingCloseRole = "--hanging-close";
 /// Opens a CAN channel of box 0 under the settings dialog and then prints channelOpenLine.
 inline constexpr const char *channelUnderDialogRole = "--channel-under-dialog";
 
+/// Opens a CAN channel of box 0, records what it receives into recordingPath and then prints recordingLine.
+inline constexpr const char *recordingRole = "--recording";
+
 inline constexpr std::chrono::milliseconds hangingCloseLimit{300};
 inline constexpr const char *channelOpenLine = "channel open";
+inline constexpr const char *recordingLine = "recording";
+inline constexpr const char *recordingPath = "run.asc";
 
 /// The exit code of the role, nothing if the arguments name none.
 std::optional<int> runAsChild(int argc, char **argv);

@@ -7,6 +7,8 @@
 #include "tools/simulator/Simulator.h"
 
 #include <QDir>
+#include <fmt/format.h>
+
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
@@ -37,9 +39,10 @@ public:
         return tztest::waitFor([&] { return log().contains(text) || m_process.state() == QProcess::NotRunning; }) &&
                log().contains(text);
     }
-    QByteArray log() const
+    QByteArray log() const { return file("logs/TZBench.log"); }
+    QByteArray file(const char *path) const
     {
-        QFile file(m_workDir.filePath(QStringLiteral("logs/TZBench.log")));
+        QFile file(m_workDir.filePath(QString::fromLatin1(path)));
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     }
     QProcess &process() { return m_process; }
@@ -156,6 +159,37 @@ void TestProgram::aChannelOpenedUnderTheDialogIsClosedOnTheBoxAfterASignal()
     QCOMPARE(program.process().exitStatus(), QProcess::NormalExit);
     QCOMPARE(program.process().exitCode(), 0);
     QCOMPARE(box.openChannels(), 0);
+}
+
+// The frames of the load carry their number in the first four data bytes, the lowest first.
+void TestProgram::aSignalDuringARecordingLeavesAWholeFile()
+{
+    tzsim::Simulator simulator;
+    tzsim::Box &box = simulator.addBox({.index = 0, .canChannels = 2, .linChannels = 1});
+    QVERIFY(simulator.start());
+    Program program;
+    program.startRole(tztest::recordingRole);
+    QVERIFY(tztest::waitFor([&] { return program.process().canReadLine(); }));
+    QCOMPARE(program.process().readLine().trimmed(), QByteArray(tztest::recordingLine));
+    box.startLoad({.framesPerSecond = 5000});
+    const auto lines = [&] { return program.file(tztest::recordingPath).split('\n'); };
+    QVERIFY(tztest::waitFor([&] { return lines().size() > 1000; }));
+    program.process().terminate();
+    QVERIFY(program.process().waitForFinished(endLimitMs));
+    QCOMPARE(program.process().exitStatus(), QProcess::NormalExit);
+    QCOMPARE(program.process().exitCode(), 0);
+
+    QList<QByteArray> written = lines();
+    QVERIFY(written.takeLast().isEmpty());
+    QCOMPARE(written.takeLast(), QByteArray("End TriggerBlock"));
+    const QList<QByteArray> frames = written.mid(written.indexOf("Begin TriggerBlock") + 1);
+    QVERIFY(frames.size() > 900);
+    for (int i = 0; i < frames.size(); ++i) {
+        const auto number = static_cast<unsigned>(i);
+        const QByteArray data =
+            QByteArray::fromStdString(fmt::format(" d 8 {:02x} {:02x} ", number & 0xFF, number >> 8 & 0xFF));
+        QVERIFY2(frames[i].contains(data), frames[i].constData());
+    }
 }
 
 void TestProgram::aCloseThatHangsEndsInAnAbort()

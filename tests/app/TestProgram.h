@@ -14,6 +14,7 @@ private Q_SLOTS:
     void aSignalEndsItCleanly();
     void aSignalDuringTheScanEndsItSoon();
     void aChannelOpenedUnderTheDialogIsClosedOnTheBoxAfterASignal();
+    void aSignalDuringARecordingLeavesAWholeFile();
     void aCloseThatHangsEndsInAnAbort();
     void withoutAnInterfaceItStarts();
     void withoutADisplayTheToolkitTellsWhy();
