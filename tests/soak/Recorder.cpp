@@ -129,6 +129,7 @@ void Recorder::press()
     child<QLineEdit>(window, "lineEditPath").setText(QString::fromStdString(m_path));
     child<QSpinBox>(window, "spinSizeLimit")
         .setValue(sizeLimitsMb[static_cast<std::size_t>(between(0, std::ssize(sizeLimitsMb) - 1))]);
+    child<QAbstractButton>(window, "checkExtraInfo").setChecked(true); // tells the boxes apart
     m_countAtStart = m_lastCount;
     child<QAbstractButton>(window, "buttonStartStop").click();
     if (!window.isRecording())

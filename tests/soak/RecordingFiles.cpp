@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tests/soak/RecordingFiles.h"
 
+#include "tests/soak/RecordOrder.h"
+
 #include <fstream>
 #include <string_view>
 #include <vector>
@@ -19,22 +21,29 @@ struct FileContent
 {
     std::uint64_t records = 0;
     bool begun = false;
-    bool ended = false;
+    bool ended = false; // by one closing line, the last of all
+    std::string disorder{};
 };
 
 FileContent readFile(const fs::path &path, bool isAsc)
 {
     FileContent content;
+    RecordOrder order;
     std::ifstream file(path);
     for (std::string line; std::getline(file, line);) {
         if (!content.begun)
             content.begun = line.starts_with(isAsc ? ascBegin : csvBegin);
+        else if (content.ended)
+            return {.begun = true}; // nothing may follow the closing line, not even another one
         else if (isAsc && line == ascEnd)
             content.ended = true;
-        else
+        else {
+            order.add(line);
             ++content.records;
+        }
     }
     content.ended = content.ended || !isAsc;
+    content.disorder = order.problem();
     return content;
 }
 
@@ -66,6 +75,8 @@ RecordedFrames takeRecording(const fs::path &path)
         ++recorded.files;
         if (error || !content.begun || !content.ended)
             recorded.problem = part.filename().string() + " is not whole";
+        else if (!content.disorder.empty())
+            recorded.problem = part.filename().string() + ", " + content.disorder;
         fs::remove(part, error);
     }
     return recorded;

@@ -13,7 +13,7 @@ struct RecordedFrames
     std::uint64_t frames = 0;
     int files = 0;
     std::uint64_t bytes = 0;
-    std::string problem; ///< a file that is not whole; empty when all are
+    std::string problem; ///< a file that is not whole or not in order; empty when all are
 };
 
 /// Counts the records of an ASC or CSV recording at @p path and of the parts that a rotation has kept under numbers
