@@ -15,17 +15,19 @@ TzApplication::TzApplication(int &argc, char **argv)
 
 bool TzApplication::notify(QObject *receiver, QEvent *event)
 {
+    std::exception_ptr exception;
     try {
         return QApplication::notify(receiver, event);
     } catch (...) {
-        keepException();
-        return false;
+        exception = std::current_exception();
     }
+    keepException(std::move(exception)); // behind the handler, so that this thread lets go of it with the move
+    return false;
 }
 
-void TzApplication::keepException()
+void TzApplication::keepException(std::exception_ptr exception)
 {
-    if (!keep(std::current_exception())) {
+    if (!keep(std::move(exception))) {
         if (!m_swallowed.exchange(true))
             Common::logError("Further exceptions after the one that ended the program are left out");
         return;

@@ -39,7 +39,7 @@ Q_SIGNALS:
     void endRequested();
 
 private:
-    void keepException();
+    void keepException(std::exception_ptr exception);
     bool keep(std::exception_ptr exception); // false once one has been handed over
     std::exception_ptr handOver();
     void onEndOrdered();
