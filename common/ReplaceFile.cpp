@@ -31,7 +31,8 @@ ReplaceFileResult replaceFile(const QString &path, const QByteArray &content, QS
             *problem = file.errorString();
         return result;
     };
-    if (!file.open(QIODevice::WriteOnly))
+    // Unbuffered: what a buffer holds is written by commit(), which replaces the file also where that falls short.
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered))
         return fail(ReplaceFileResult::NotOpened);
     if (!writeAll(file, content)) {
         const ReplaceFileResult result = fail(ReplaceFileResult::NotWritten);
