@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "vci/TzVciConfigFile.h"
 
+#include "common/JsonFile.h"
 #include "common/Log.h"
-#include "common/ReplaceFile.h"
 #include "common/Utils.h"
 #include "vci/TzVciDeviceConfig.h"
 
@@ -153,17 +153,7 @@ bool TzVciConfigFile::write(const QJsonObject &root) const
         Common::logError("Unable to save configuration file: Directory does not exist");
         return false;
     }
-    QString problem;
-    switch (Common::replaceFile(m_path, QJsonDocument(root).toJson(QJsonDocument::Indented), &problem)) {
-    case Common::ReplaceFileResult::Replaced: return true;
-    case Common::ReplaceFileResult::NotOpened:
-        Common::logError("Failed to open config file for writing: {}", m_path.toStdString());
-        return false;
-    case Common::ReplaceFileResult::NotWritten:
-        Common::logError("Failed to write config file {}: {}", m_path.toStdString(), problem.toStdString());
-        return false;
-    }
-    return false;
+    return Common::saveJsonFile(m_path, root);
 }
 
 QJsonObject TzVciConfigFile::toElement(int deviceIndex, const TzVciDeviceConfig &config)

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "database/history/HistoryFile.h"
 
+#include "common/JsonFile.h"
 #include "common/Log.h"
-#include "common/ReplaceFile.h"
 #include "common/Utils.h"
 
 #include <QFile>
@@ -78,15 +78,5 @@ bool HistoryFile::write(const FileHistory &history) const
         custom.insert(key, value);
     const QJsonObject root{{versionKey, QStringLiteral("2.0")}, {m_filesKey, files}, {customFileMapKey, custom}};
 
-    QString problem;
-    switch (Common::replaceFile(m_path, QJsonDocument(root).toJson(QJsonDocument::Indented), &problem)) {
-    case Common::ReplaceFileResult::Replaced: return true;
-    case Common::ReplaceFileResult::NotOpened:
-        Common::logError("Failed to open config file for writing: {}", m_path.toStdString());
-        return false;
-    case Common::ReplaceFileResult::NotWritten:
-        Common::logError("Failed to write config file {}: {}", m_path.toStdString(), problem.toStdString());
-        return false;
-    }
-    return false;
+    return Common::saveJsonFile(m_path, root);
 }

@@ -1,0 +1,13 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+class QJsonObject;
+class QString;
+
+namespace Common {
+
+/// Replaces a file by an object's indented text, as replaceFile() does. Does not make the folder. Any thread.
+/// @return false where that failed, which is logged as an error; what was there is there still
+bool saveJsonFile(const QString &path, const QJsonObject &root);
+
+} // namespace Common
