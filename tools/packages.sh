@@ -6,8 +6,8 @@ tz_say() { printf '== %s\n' "$*"; }
 tz_fail() { printf 'error: %s\n' "$*" >&2; exit 1; }
 
 tz_build_packages="g++ cmake ninja-build pkg-config qtbase5-dev libfmt-dev libspdlog-dev
-libconcurrentqueue-dev libgtest-dev libgmock-dev librsvg2-bin icoutils python3-markdown weasyprint fonts-open-sans
-fonts-dejavu-core"
+libconcurrentqueue-dev zlib1g-dev libgtest-dev libgmock-dev librsvg2-bin icoutils python3-markdown weasyprint
+fonts-open-sans fonts-dejavu-core"
 tz_run_packages="xvfb xauth fonts-dejavu-core"
 tz_test_packages="iproute2 xdotool imagemagick procps python3 python3-can python3-pypdf"
 tz_fuzz_packages="clang libclang-rt-14-dev"
