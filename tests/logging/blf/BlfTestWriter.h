@@ -116,6 +116,8 @@ public:
 
     /// Objects added, raw bytes not counted.
     std::uint32_t objectCount() const { return m_objectCount; }
+    /// Bytes of the file so far, without the container begun.
+    std::size_t fileSize() const { return m_options.header.length + m_file.size(); }
     /// The whole file; further objects may follow.
     BlfBytes file();
     /// Writes file() to @p path.
