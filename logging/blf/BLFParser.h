@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: GPL-3.0-or-later
+#pragma once
+
+#include "logging/blf/BlfFrame.h"
+
+#include <QObject>
+#include <QString>
+
+#include <cstdint>
+#include <functional>
+
+namespace BLF {
+
+class BlfReader;
+
+/// Reads a BLF log into records. Works in the thread that calls; it takes as long as the file is long.
+class BLFParser : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit BLFParser(QObject *parent = nullptr);
+
+    /// Sends a text of each record to the log, at debug level.
+    bool logFrames = false;
+
+    /// Called about every 50 ms during parseFile(), for a window that has to go on painting. A call may connect and
+    /// disconnect receivers and change logFrames, but must not destroy the parser. What it throws comes out of
+    /// parseFile(); the records so far stay.
+    void setPulse(std::function<void()> pulse);
+
+    /// Appends a record for each object that is known; order as in the file. What cannot be read costs itself alone.
+    /// @return whether there was at least one; a missing or unreadable file is logged as an error
+    bool parseFile(const QString &path, BlfFrames &outFrames);
+
+Q_SIGNALS:
+    /// For each record, with its text, before it is appended. Texts are made only while somebody is connected to one of
+    /// the three, or for the log.
+    void sigProcessReport(const QString &text, int value, bool isError);
+    void sigProcessReport(const QString &text, int value);
+    void sigProcessReport(const QString &text);
+
+private:
+    std::uint64_t readObjects(BlfReader &reader, BlfFrames &outFrames);
+    bool isReportWanted() const;
+    void report(const BlfFrame &record);
+
+    std::function<void()> m_pulse;
+};
+
+} // namespace BLF
