@@ -10,6 +10,7 @@
 #include "common/ConfigManager.h"
 #include "common/Log.h"
 #include "common/ui/UiUtils.h"
+#include "logging/ui/BLFConverterDialog.h"
 #include "ui_TZBenchWindow.h"
 #include "vci/TzVciDeviceManager.h"
 #include "vci/TzVciDeviceStore.h"
@@ -145,6 +146,12 @@ void TZBenchWindow::on_actionReset_View_triggered()
 void TZBenchWindow::on_actionClose_View_triggered()
 {
     m_helper->closeViews();
+}
+
+void TZBenchWindow::on_actionBLF_Converter_triggered()
+{
+    BLFConverterDialog dialog(this);
+    dialog.exec();
 }
 
 void TZBenchWindow::on_actionSwitch_Test_triggered()

@@ -50,6 +50,7 @@ private Q_SLOTS:
     void on_actionBusLoad_View_triggered();
     void on_actionReset_View_triggered();
     void on_actionClose_View_triggered();
+    void on_actionBLF_Converter_triggered();
     void on_actionSwitch_Test_triggered();
     void on_actionDevice_Settings_triggered();
     void on_actionDisplayTime_Settings_triggered();

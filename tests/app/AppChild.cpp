@@ -5,6 +5,8 @@
 #include "app/TzApplication.h"
 #include "app/TzBenchWindowHelper.h"
 #include "app/TzStartup.h"
+#include "logging/blf/BLFParser.h"
+#include "logging/ui/BLFConverterDialog.h"
 #include "logging/ui/LoggerWindow.h"
 #include "vci/TzVciDeviceConfig.h"
 #include "vci/TzVciDeviceManager.h"
@@ -13,12 +15,14 @@
 #include "vci/TzVciTypes.h"
 #include "views/ui/TzRawViewWindow.h"
 
+#include <QAction>
 #include <QLineEdit>
 #include <QTimer>
 
 #include <cstdio>
 #include <string_view>
 #include <thread>
+#include <utility>
 
 #include <sys/resource.h>
 
@@ -112,12 +116,49 @@ int record(int argc, char **argv)
     return recording ? result : openFailed;
 }
 
+// The dialog's own loop runs this.
+void convertSlowly(TZBenchWindow &window)
+{
+    auto *dialog = window.findChild<BLFConverterDialog *>();
+    dialog->findChild<QLineEdit *>(QStringLiteral("lineEditInput"))->setText(QString::fromLatin1(conversionInput));
+    dialog->findChild<QLineEdit *>(QStringLiteral("lineEditOutput"))->setText(QString::fromLatin1(conversionOutput));
+    bool first = true;
+    const auto delay = [&first] {
+        if (std::exchange(first, false)) {
+            std::puts(conversionLine);
+            std::fflush(stdout);
+        }
+        std::this_thread::sleep_for(std::chrono::microseconds(100));
+    };
+    QObject::connect(dialog->findChild<BLF::BLFParser *>(),
+                     qOverload<const QString &>(&BLF::BLFParser::sigProcessReport), dialog, delay);
+    dialog->onProcessFile();
+}
+
+int convert(int argc, char **argv)
+{
+    TzStartup::installCrashHandling();
+    TzStartup::prepareToolkit();
+    TzApplication application(argc, argv);
+    std::unique_ptr<TZBenchWindow> window;
+    const int result = TzStartup::runGuarded([&] {
+        window = TzStartup::showMainWindow(application);
+        QTimer::singleShot(0, window.get(), [&window] {
+            QTimer::singleShot(0, window.get(), [&window] { convertSlowly(*window); });
+            window->findChild<QAction *>(QStringLiteral("actionBLF_Converter"))->trigger();
+        });
+        return application.run();
+    });
+    TzStartup::finish();
+    return result;
+}
+
 } // namespace
 
 std::optional<int> runAsChild(int argc, char **argv)
 {
     const std::string_view role = argc > 1 ? argv[1] : "";
-    if (role != hangingCloseRole && role != channelUnderDialogRole && role != recordingRole)
+    if (role != hangingCloseRole && role != channelUnderDialogRole && role != recordingRole && role != conversionRole)
         return std::nullopt;
     if (!TzVciNetwork::current().isLoopback())
         return notLoopback; // nothing is ever sent to a real interface
@@ -125,6 +166,8 @@ std::optional<int> runAsChild(int argc, char **argv)
         return hangOnClosing(argc, argv);
     if (role == recordingRole)
         return record(argc, argv);
+    if (role == conversionRole)
+        return convert(argc, argv);
     return openChannelUnderDialog(argc, argv);
 }
 

@@ -16,10 +16,17 @@ inline constexpr const char *channelUnderDialogRole = "--channel-under-dialog";
 /// Opens a CAN channel of box 0, records what it receives into recordingPath and then prints recordingLine.
 inline constexpr const char *recordingRole = "--recording";
 
+/// Converts the BLF log conversionInput in the converter of the menu, slowly, and prints conversionLine at its first
+/// frame.
+inline constexpr const char *conversionRole = "--conversion";
+
 inline constexpr std::chrono::milliseconds hangingCloseLimit{300};
 inline constexpr const char *channelOpenLine = "channel open";
 inline constexpr const char *recordingLine = "recording";
 inline constexpr const char *recordingPath = "run.asc";
+inline constexpr const char *conversionLine = "converting";
+inline constexpr const char *conversionInput = "run.blf";
+inline constexpr const char *conversionOutput = "run.csv";
 
 /// The exit code of the role, nothing if the arguments name none.
 std::optional<int> runAsChild(int argc, char **argv);

@@ -2,6 +2,7 @@
 #include "tests/app/TestProgram.h"
 
 #include "tests/app/AppChild.h"
+#include "tests/logging/blf/BlfTestWriter.h"
 #include "tests/support/TempWorkDir.h"
 #include "tests/support/WaitFor.h"
 #include "tools/simulator/Simulator.h"
@@ -190,6 +191,32 @@ void TestProgram::aSignalDuringARecordingLeavesAWholeFile()
             QByteArray::fromStdString(fmt::format(" d 8 {:02x} {:02x} ", number & 0xFF, number >> 8 & 0xFF));
         QVERIFY2(frames[i].contains(data), frames[i].constData());
     }
+}
+
+void TestProgram::aSignalDuringAConversionEndsItSoon()
+{
+    constexpr int frames = 300'000; // half a minute and more at the speed of the role
+    tztest::BlfBytes objects;
+    for (int i = 0; i < frames / 1000; ++i)
+        tztest::appendObject(objects, 1, tztest::bodyBytes(tztest::CanMessageBody{}));
+    tztest::BlfTestWriter log;
+    for (int i = 0; i < 1000; ++i)
+        log.addRaw(objects);
+    const tztest::BlfBytes file = log.file();
+    Program program;
+    program.putFile(QString::fromLatin1(tztest::conversionInput),
+                    QByteArray(reinterpret_cast<const char *>(file.data()), static_cast<int>(file.size())));
+    program.startRole(tztest::conversionRole);
+    QVERIFY(tztest::waitFor([&] { return program.process().canReadLine(); }));
+    QCOMPARE(program.process().readLine().trimmed(), QByteArray(tztest::conversionLine));
+    QElapsedTimer timer;
+    timer.start();
+    program.process().terminate();
+    QVERIFY(program.process().waitForFinished(endLimitMs));
+    QVERIFY2(timer.elapsed() < soonMs, qPrintable(QString::number(timer.elapsed())));
+    QCOMPARE(program.process().exitStatus(), QProcess::NormalExit);
+    QCOMPARE(program.process().exitCode(), 0);
+    QVERIFY(program.file(tztest::conversionOutput).isEmpty());
 }
 
 void TestProgram::aCloseThatHangsEndsInAnAbort()

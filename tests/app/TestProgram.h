@@ -15,6 +15,7 @@ private Q_SLOTS:
     void aSignalDuringTheScanEndsItSoon();
     void aChannelOpenedUnderTheDialogIsClosedOnTheBoxAfterASignal();
     void aSignalDuringARecordingLeavesAWholeFile();
+    void aSignalDuringAConversionEndsItSoon();
     void aCloseThatHangsEndsInAnAbort();
     void withoutAnInterfaceItStarts();
     void withoutADisplayTheToolkitTellsWhy();

@@ -134,9 +134,9 @@ void TestTZBenchWindow::actionsWithoutAWindowAreDisabled()
             enabled.append(action->text());
     }
     QCOMPARE(actions.size(), 25);
-    QCOMPARE(enabled,
-             (QStringList{"New CAN View", "New LIN View", "BusLoad View", "Reset View", "Close View", "Switch Test",
-                          "Device Settings", "Display Time Settings", "Debug Log Settings", "Device Version"}));
+    QCOMPARE(enabled, (QStringList{"New CAN View", "New LIN View", "BusLoad View", "Reset View", "Close View",
+                                   "BLF Converter", "Switch Test", "Device Settings", "Display Time Settings",
+                                   "Debug Log Settings", "Device Version"}));
     QVERIFY(!fixture.action("actionASC_Send").isEnabled());
     QVERIFY(!fixture.action("actionOBD_Diagnose").isEnabled());
 }

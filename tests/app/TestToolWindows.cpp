@@ -4,7 +4,10 @@
 #include "app/DebugLogDialog.h"
 #include "app/TZVciTimeDialog.h"
 #include "app/TzVciVersionDialog.h"
+#include "logging/blf/BLFParser.h"
+#include "logging/ui/BLFConverterDialog.h"
 #include "tests/app/AppFixture.h"
+#include "tests/logging/blf/BlfTestWriter.h"
 #include "tests/support/DocumentOpener.h"
 #include "tests/support/MessageBoxDriver.h"
 #include "vci/ui/TzVciBusLoadView.h"
@@ -12,6 +15,7 @@
 
 #include <QComboBox>
 #include <QDialogButtonBox>
+#include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QRadioButton>
@@ -21,7 +25,9 @@
 #include <QToolButton>
 #include <QtTest>
 
+#include <chrono>
 #include <memory>
+#include <thread>
 #include <vector>
 
 void TestToolWindows::busLoadActionShowsOneWindowBesideTheMainWindow()
@@ -67,10 +73,12 @@ void TestToolWindows::busLoadWindowClosesWithTheProgram()
     QVERIFY(!view->isVisible());
 }
 
-void TestToolWindows::settingsActionsRunModalDialogs_data()
+void TestToolWindows::actionsRunModalDialogs_data()
 {
     QTest::addColumn<QString>("action");
     QTest::addColumn<QString>("title");
+    QTest::newRow("BLF") << "actionBLF_Converter"
+                         << "BLF File Converter";
     QTest::newRow("time") << "actionDisplayTime_Settings"
                           << "Device Time Settings";
     QTest::newRow("log") << "actionDebugLog_Settings"
@@ -79,7 +87,7 @@ void TestToolWindows::settingsActionsRunModalDialogs_data()
                              << "TZBench Version Information";
 }
 
-void TestToolWindows::settingsActionsRunModalDialogs()
+void TestToolWindows::actionsRunModalDialogs()
 {
     QFETCH(QString, action);
     QFETCH(QString, title);
@@ -161,6 +169,39 @@ void TestToolWindows::versionDialogKnowsTheDevicesOfTheWindow()
     });
     fixture.action("actionDevice_Version").trigger();
     QCOMPARE(devices, 2);
+}
+
+void TestToolWindows::aConversionUnderWayKeepsTheProgramOpen()
+{
+    tztest::AppFixture fixture;
+    tztest::BlfTestWriter log;
+    for (int i = 0; i < 3000; ++i)
+        log.add(tztest::CanMessageBody{});
+    QVERIFY(log.save(QStringLiteral("a.blf")));
+    tztest::MessageBoxDriver driver;
+    bool closed = true;
+    driver.expectDialog([&](QDialog *shown) {
+        auto *dialog = qobject_cast<BLFConverterDialog *>(shown);
+        dialog->findChild<QLineEdit *>(QStringLiteral("lineEditInput"))->setText(QStringLiteral("a.blf"));
+        const auto delay = [] { std::this_thread::sleep_for(std::chrono::microseconds(100)); };
+        connect(dialog->findChild<BLF::BLFParser *>(), qOverload<const QString &>(&BLF::BLFParser::sigProcessReport),
+                dialog, delay);
+        // Not within the driver, which is to answer the boxes.
+        QTimer::singleShot(0, dialog, [&, dialog] {
+            QTimer::singleShot(0, dialog, [&] { closed = fixture.window->close(); });
+            dialog->onProcessFile();
+            dialog->reject();
+        });
+    });
+    driver.expectBox(QMessageBox::Yes);   // close the program?
+    driver.expectBox(QMessageBox::Ok);    // please wait
+    driver.expectBox(QMessageBox::Close); // converted
+    fixture.action("actionBLF_Converter").trigger();
+    QVERIFY(driver.allMet());
+    QCOMPARE(driver.seen()[1].text, QStringLiteral("Processing in progress, please wait for completion"));
+    QVERIFY(!closed);
+    QVERIFY(fixture.window->isVisible());
+    QVERIFY(QFileInfo::exists(QStringLiteral("a_processed.csv")));
 }
 
 void TestToolWindows::switchTestOpensItsGuide()

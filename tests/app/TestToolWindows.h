@@ -11,10 +11,11 @@ private Q_SLOTS:
     void busLoadActionShowsOneWindowBesideTheMainWindow();
     void busLoadWindowStaysWhenClosedAndComesBack();
     void busLoadWindowClosesWithTheProgram();
-    void settingsActionsRunModalDialogs_data();
-    void settingsActionsRunModalDialogs();
+    void actionsRunModalDialogs_data();
+    void actionsRunModalDialogs();
     void timeDialogWorksOnTheDevicesOfTheWindow();
     void timeDialogRefreshesPausedViewsOnOkAndOnReset();
     void versionDialogKnowsTheDevicesOfTheWindow();
+    void aConversionUnderWayKeepsTheProgramOpen();
     void switchTestOpensItsGuide();
 };

@@ -25,12 +25,22 @@ MessageBoxDriver::MessageBoxDriver(QObject *parent)
 
 void MessageBoxDriver::expectBox(int standardButton)
 {
-    m_expected.push_back({standardButton, {}});
+    m_expected.push_back({.standardButton = standardButton});
+}
+
+void MessageBoxDriver::expectBox(const QString &buttonText)
+{
+    m_expected.push_back({.buttonText = buttonText});
+}
+
+void MessageBoxDriver::expectBoxToGo()
+{
+    m_expected.push_back({.isLeftAlone = true});
 }
 
 void MessageBoxDriver::expectDialog(std::function<void(QDialog *)> action)
 {
-    m_expected.push_back({0, std::move(action)});
+    m_expected.push_back({.action = std::move(action)});
 }
 
 void MessageBoxDriver::expectFileDialog(const QString &nameFilter, const QString &path)
@@ -89,13 +99,36 @@ void MessageBoxDriver::look()
     window->close();
 }
 
+void MessageBoxDriver::note(const QMessageBox &box)
+{
+    Seen seen{box.windowTitle(), box.text(), static_cast<int>(box.icon()), box.textFormat()};
+    for (const QAbstractButton *button : box.buttons())
+        seen.buttons.append(button->text());
+    if (const QPushButton *button = box.defaultButton())
+        seen.defaultButton = button->text();
+    m_seen.push_back(seen);
+}
+
+QAbstractButton *MessageBoxDriver::buttonOf(const QMessageBox &box, const Expectation &expected)
+{
+    if (expected.buttonText.isEmpty())
+        return box.button(static_cast<QMessageBox::StandardButton>(expected.standardButton));
+    const QList<QAbstractButton *> buttons = box.buttons();
+    const auto found = std::find_if(buttons.begin(), buttons.end(), [&](const QAbstractButton *button) {
+        return button->text() == expected.buttonText;
+    });
+    return found == buttons.end() ? nullptr : *found;
+}
+
 void MessageBoxDriver::answer(QMessageBox *box)
 {
-    m_seen.push_back({box->windowTitle(), box->text(), static_cast<int>(box->icon()), box->textFormat()});
+    note(*box);
     if (!m_expected.empty() && !m_expected.front().action) {
-        const int button = m_expected.front().standardButton;
+        const Expectation expected = m_expected.front();
         m_expected.pop_front();
-        if (QAbstractButton *pressed = box->button(static_cast<QMessageBox::StandardButton>(button))) {
+        if (expected.isLeftAlone)
+            return;
+        if (QAbstractButton *pressed = buttonOf(*box, expected)) {
             pressed->click();
             return;
         }

@@ -4,12 +4,14 @@
 #include <QObject>
 #include <QPointer>
 #include <QString>
+#include <QStringList>
 #include <QTimer>
 
 #include <deque>
 #include <functional>
 #include <vector>
 
+class QAbstractButton;
 class QDialog;
 class QMessageBox;
 
@@ -28,12 +30,18 @@ public:
         QString text;
         int icon = 0; ///< QMessageBox::Icon
         Qt::TextFormat textFormat = Qt::AutoText;
+        QStringList buttons{}; ///< of a message box, in no order
+        QString defaultButton{};
     };
 
     explicit MessageBoxDriver(QObject *parent = nullptr);
 
     /// The next modal window is a message box; press this QMessageBox::StandardButton.
     void expectBox(int standardButton);
+    /// The same for a button that is known by its text alone.
+    void expectBox(const QString &buttonText);
+    /// The next modal window is a message box that whoever shows it is to close.
+    void expectBoxToGo();
     /// The next modal window is a dialog; hand it to @p action, which must end it.
     void expectDialog(std::function<void(QDialog *)> action);
     /// The next modal window is a file dialog of the toolkit's own; choose @p nameFilter in it, type @p path and press
@@ -48,11 +56,15 @@ private:
     struct Expectation
     {
         int standardButton = 0;
-        std::function<void(QDialog *)> action; // empty for a message box
+        std::function<void(QDialog *)> action{}; // empty for a message box
+        QString buttonText{};                    // in place of a standard button
+        bool isLeftAlone = false;
     };
 
     void look();
     void answer(QMessageBox *box);
+    void note(const QMessageBox &box);
+    static QAbstractButton *buttonOf(const QMessageBox &box, const Expectation &expected);
     void chooseFile(QDialog *dialog, const QString &nameFilter, const QString &path);
 
     QTimer m_timer;
