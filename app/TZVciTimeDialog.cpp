@@ -2,8 +2,8 @@
 #include "app/TZVciTimeDialog.h"
 
 #include "common/UnifiedTimeManager.h"
+#include "common/ui/WaitCursor.h"
 #include "vci/TzVciDeviceManager.h"
-#include "vci/ui/TzVciWaitCursor.h"
 
 #include <QButtonGroup>
 #include <QComboBox>
@@ -167,7 +167,7 @@ void TZVciTimeDialog::onResetTimeButtonClicked()
         return;
     Q_EMIT sigResetTime();
     {
-        const TzVciWaitCursor waitCursor; // a device may take 500 ms to tell its time
+        const Common::WaitCursor waitCursor; // a device may take 500 ms to tell its time
         m_manager->resetTimeBase();
     }
     Q_EMIT sigTimesChanged();

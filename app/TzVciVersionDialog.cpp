@@ -3,9 +3,9 @@
 
 #include "app/VciBuildInfo.h"
 #include "common/ui/UiUtils.h"
+#include "common/ui/WaitCursor.h"
 #include "vci/TzVciDeviceManager.h"
 #include "vci/TzVciDeviceStore.h"
-#include "vci/ui/TzVciWaitCursor.h"
 
 #include <QComboBox>
 #include <QGroupBox>
@@ -129,7 +129,7 @@ void TzVciVersionDialog::onQueryButtonClicked()
     }
     std::uint32_t version = 0;
     {
-        const TzVciWaitCursor waitCursor;
+        const Common::WaitCursor waitCursor;
         version = device->readFirmwareVersion();
     }
     const QString text = tr("%1 Firmware version: v%2.%3.%4.%5")

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "vci/ui/TzVciConfigDialog.h"
 
+#include "common/ui/WaitCursor.h"
 #include "vci/TzVciDeviceManager.h"
 #include "vci/TzVciDeviceStore.h"
 #include "vci/TzVciTypes.h"
 #include "vci/ui/TzVciCanConfigDialog.h"
 #include "vci/ui/TzVciChannelTable.h"
 #include "vci/ui/TzVciDeviceWidget.h"
-#include "vci/ui/TzVciWaitCursor.h"
 
 #include <QGroupBox>
 #include <QHBoxLayout>
@@ -167,7 +167,7 @@ void TzVciConfigDialog::storeLocalIp()
 
 std::int32_t TzVciConfigDialog::openCurrentDevice()
 {
-    const TzVciWaitCursor waitCursor;
+    const Common::WaitCursor waitCursor;
     std::int32_t result = m_manager->openDevice(m_currentDevice);
     // A device whose link was lost closed by itself, but the manager keeps it and answers that it is open already.
     if (result == TzVciResult::ok && !m_store->isDeviceOpen(m_currentDevice)) {
@@ -183,7 +183,7 @@ void TzVciConfigDialog::onToggleDeviceClicked()
         return;
     storeLocalIp();
     if (!m_toggleButton->isChecked()) {
-        const TzVciWaitCursor waitCursor;
+        const Common::WaitCursor waitCursor;
         m_manager->closeDevice(m_currentDevice);
     } else if (openCurrentDevice() != TzVciResult::ok) {
         QMessageBox::warning(this, tr("Open Device Error"),
@@ -212,7 +212,7 @@ void TzVciConfigDialog::toggleChannel(TzVciChannelTable *table)
     const bool opening = !m_store->isChannelOpen(m_currentDevice, table->protocol(), channelIndex);
     std::int32_t result = TzVciResult::ok;
     {
-        const TzVciWaitCursor waitCursor;
+        const Common::WaitCursor waitCursor;
         result = opening ? m_manager->openChannel(m_currentDevice, table->protocol(), channelIndex)
                          : m_manager->closeChannel(m_currentDevice, table->protocol(), channelIndex);
     }

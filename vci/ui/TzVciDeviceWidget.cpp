@@ -3,13 +3,13 @@
 
 #include "common/Log.h"
 #include "common/Thread.h"
+#include "common/ui/WaitCursor.h"
 #include "vci/TzVciDeviceScanner.h"
 #include "vci/TzVciDeviceStore.h"
 #include "vci/TzVciTypes.h"
 #include "vci/ui/TzVciAddDeviceDialog.h"
 #include "vci/ui/TzVciDeviceToolTip.h"
 #include "vci/ui/TzVciInputBlocker.h"
-#include "vci/ui/TzVciWaitCursor.h"
 
 #include <QBoxLayout>
 #include <QEventLoop>
@@ -197,7 +197,7 @@ void TzVciDeviceWidget::onScanDeviceClicked()
     ScanEnd end = ScanEnd::Cancelled;
     setScanning(true);
     {
-        const TzVciWaitCursor waitCursor;
+        const Common::WaitCursor waitCursor;
         end = scanWhilePainting(*m_scanner);
     }
     if (!self) // the dialog was closed and deleted meanwhile
