@@ -140,21 +140,16 @@ TEST(BlfTestWriter, SaysAnySizes)
 
 TEST(BlfTestWriter, PutsTheExtensionBehindTheStoredBytes)
 {
-    CanFdMessage64Body message;
-    message.data = BlfBytes(8, 0xAB);
-    message.extension = FdExtension{0x01020304, 0x05060708};
-    const BlfBytes object = blfObject(message);
-    ASSERT_EQ(object.size(), 88U);
-    EXPECT_EQ(object[32 + 35], 80);
-    EXPECT_EQ(hexOf(object, 80, 8), "0403020108070605");
+    const FdExtension extension{0x01020304, 0x05060708};
+    const BlfBytes message = blfObject(CanFdMessage64Body{.data = BlfBytes(8, 0xAB), .extension = extension});
+    ASSERT_EQ(message.size(), 88U);
+    EXPECT_EQ(message[32 + 35], 80);
+    EXPECT_EQ(hexOf(message, 80, 8), "0403020108070605");
 
-    CanFdErrorFrame64Body error;
-    error.data = BlfBytes(64, 0xAB);
-    error.extension = FdExtension{0x01020304, 0x05060708};
-    const BlfBytes errorObject = blfObject(error);
-    ASSERT_EQ(errorObject.size(), 152U);
-    EXPECT_EQ(errorObject[32 + 10], 140);
-    EXPECT_EQ(hexOf(errorObject, 140, 12), "040302010807060500000000");
+    const BlfBytes error = blfObject(CanFdErrorFrame64Body{.data = BlfBytes(64, 0xAB), .extension = extension});
+    ASSERT_EQ(error.size(), 152U);
+    EXPECT_EQ(error[32 + 10], 140);
+    EXPECT_EQ(hexOf(error, 140, 12), "040302010807060500000000");
 }
 
 TEST(BlfTestWriter, BodiesHaveTheirSizes)
