@@ -3,6 +3,7 @@
 //   bench_link [SECONDS]   length of the run that must lose nothing, 30 by default
 #include "bench/BenchReport.h"
 #include "common/Log.h"
+#include "tests/support/AllocationCounter.h"
 #include "tests/support/LoopbackGuard.h"
 #include "vci/TzVciCommunication.h"
 #include "vci/TzVciNetwork.h"
@@ -18,36 +19,11 @@
 #include <cstdint>
 #include <cstdlib>
 #include <ctime>
-#include <new>
 #include <string>
 #include <thread>
 #include <vector>
 
 using Clock = std::chrono::steady_clock;
-
-namespace {
-
-thread_local std::size_t allocations = 0;
-
-} // namespace
-
-void *operator new(std::size_t size)
-{
-    ++allocations;
-    if (void *memory = std::malloc(size == 0 ? 1 : size))
-        return memory;
-    throw std::bad_alloc();
-}
-
-void operator delete(void *memory) noexcept
-{
-    std::free(memory);
-}
-
-void operator delete(void *memory, std::size_t) noexcept
-{
-    std::free(memory);
-}
 
 namespace {
 
@@ -81,7 +57,7 @@ struct Subscriber
     void note()
     {
         cpuSeconds = cpuSecondsOfThisThread();
-        allocated = allocations;
+        allocated = tztest::allocationsOfThisThread();
     }
 };
 

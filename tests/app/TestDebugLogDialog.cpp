@@ -7,6 +7,8 @@
 #include "tests/support/IconCompare.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/MessageBoxDriver.h"
+#include "tests/support/QuietConsole.h"
+#include "tests/support/WaitFor.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -21,11 +23,10 @@
 #include <QSpinBox>
 #include <QtTest>
 
+#include <algorithm>
 #include <atomic>
 #include <cstdio>
-#include <fcntl.h>
 #include <thread>
-#include <unistd.h>
 #include <vector>
 
 namespace {
@@ -75,28 +76,13 @@ QString contentOf(const QString &path)
     return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
 }
 
-// The console takes what is logged between a stop and a start; a flood of it would only hide what a test has to say.
-class QuietConsole
+/// Whether one of the log's files holds a text.
+bool logHolds(const QString &text)
 {
-public:
-    QuietConsole()
-        : m_stderr(::dup(STDERR_FILENO))
-    {
-        const int nowhere = ::open("/dev/null", O_WRONLY);
-        ::dup2(nowhere, STDERR_FILENO);
-        ::close(nowhere);
-    }
-    ~QuietConsole()
-    {
-        ::dup2(m_stderr, STDERR_FILENO);
-        ::close(m_stderr);
-    }
-    QuietConsole(const QuietConsole &) = delete;
-    QuietConsole &operator=(const QuietConsole &) = delete;
-
-private:
-    int m_stderr;
-};
+    const QFileInfoList files = QDir(QStringLiteral("logs")).entryInfoList(QDir::Files);
+    return std::any_of(files.begin(), files.end(),
+                       [&text](const QFileInfo &file) { return contentOf(file.filePath()).contains(text); });
+}
 
 } // namespace
 
@@ -329,7 +315,7 @@ void TestDebugLogDialog::settingsThatCannotBeSavedStillStartTheLog()
 void TestDebugLogDialog::restartWhileOtherThreadsLogAtFullRate()
 {
     constexpr int restarts = 6;
-    const QuietConsole console;
+    const tztest::QuietConsole console;
     std::atomic<bool> done{false};
     std::vector<std::jthread> threads;
     for (int thread = 0; thread < 3; ++thread) {
@@ -361,7 +347,7 @@ void TestDebugLogDialog::restartWhileOtherThreadsLogAtFullRate()
 void TestDebugLogDialog::sizeAndNumberOfFilesReachTheLog()
 {
     constexpr qint64 limit = 2 * 1024 * 1024;
-    constexpr int lineLength = 1024;
+    constexpr int lineLength = 1024; // of the filler; the line's head and number come on top
     {
         const ShownDialog dialog(m_config.get());
         dialog.size->setValue(2);
@@ -370,9 +356,9 @@ void TestDebugLogDialog::sizeAndNumberOfFilesReachTheLog()
     }
     const std::string filler(lineLength, 'x');
     for (int line = 0; line < 5 * limit / lineLength; ++line) { // more than three files hold
-        Common::logInfo("{}", filler);
-        if (line % 1000 == 0)
-            QTest::qWait(1); // the log's queue is bounded: it takes what was written before
+        Common::logInfo("line {} {}", line, filler);
+        if (line % 1000 == 0) // the log's queue is bounded: what was logged has its time to reach the disk
+            QVERIFY(tztest::waitFor([line] { return logHolds(QStringLiteral("line %1 ").arg(line)); }));
     }
     Common::logStop();
     const QFileInfoList files = QDir(QStringLiteral("logs")).entryInfoList(QDir::Files);

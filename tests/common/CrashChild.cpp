@@ -171,10 +171,12 @@ private:
 void quitWithinLimit()
 {
     static std::atomic<bool> asked{false};
-    CrashHandler::setTerminationCallback([] { asked = true; });
+    CrashHandler::setTerminationCallback([] {
+        asked = true;
+        asked.notify_one();
+    });
     say("ready\n");
-    while (!asked)
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    asked.wait(false);
     say("closing\n");
 }
 

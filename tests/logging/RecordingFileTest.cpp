@@ -2,10 +2,7 @@
 // The buffered file of whole lines. A limit on the size of files stands for a full disk.
 #include "logging/RecordingFile.h"
 #include "tests/logging/RecorderFixture.h"
-
-#include <sys/resource.h>
-
-#include <csignal>
+#include "tests/support/FileSizeLimit.h"
 
 using Common::RecordingFile;
 using tztest::textOf;
@@ -13,31 +10,6 @@ using tztest::textOf;
 namespace {
 
 constexpr std::string_view footer = "End\n";
-
-/// While it lives, files of this process cannot grow beyond a size.
-class FileSizeLimit
-{
-public:
-    explicit FileSizeLimit(rlim_t bytes)
-        : m_previousHandler(std::signal(SIGXFSZ, SIG_IGN))
-    {
-        ::getrlimit(RLIMIT_FSIZE, &m_previous);
-        rlimit limit = m_previous;
-        limit.rlim_cur = bytes;
-        ::setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FileSizeLimit()
-    {
-        ::setrlimit(RLIMIT_FSIZE, &m_previous);
-        std::signal(SIGXFSZ, m_previousHandler);
-    }
-    FileSizeLimit(const FileSizeLimit &) = delete;
-    FileSizeLimit &operator=(const FileSizeLimit &) = delete;
-
-private:
-    rlimit m_previous{};
-    void (*m_previousHandler)(int);
-};
 
 class RecordingFileText : public testing::Test
 {
@@ -99,7 +71,7 @@ TEST_F(RecordingFileText, EndsInWholeLinesAndTheClosingLineWhereverTheDiskIsFull
     for (std::size_t limit = 0; limit < text.size(); ++limit) {
         ASSERT_TRUE(file.open("run", footer));
         {
-            const FileSizeLimit full(limit);
+            const tztest::FileSizeLimit full(limit);
             file.write(text);
             EXPECT_FALSE(file.flush());
         }
@@ -126,7 +98,7 @@ TEST_F(RecordingFileText, EndsInTheClosingLineAlsoWhereFewerBytesThanItReachedTh
         for (std::size_t limit = closingLine.size(); limit < text.size(); ++limit) {
             ASSERT_TRUE(file.open("run", closingLine));
             {
-                const FileSizeLimit full(limit);
+                const tztest::FileSizeLimit full(limit);
                 for (const std::string &line : tztest::linesOfText(text)) {
                     file.write(line + '\n');
                     file.flush();
@@ -150,7 +122,7 @@ TEST_F(RecordingFileText, EndsInTheClosingLineAlsoWhereOnlyThatFailed)
     file.write("kept\nlost\n");
     EXPECT_TRUE(file.flush());
     {
-        const FileSizeLimit full(11);
+        const tztest::FileSizeLimit full(11);
         file.finish();
         EXPECT_FALSE(file.isGood());
     }
@@ -163,7 +135,7 @@ TEST_F(RecordingFileText, WithoutAClosingLineEarlierWritesStayWhole)
     file.write("kept\n");
     EXPECT_TRUE(file.flush());
     {
-        const FileSizeLimit full(8);
+        const tztest::FileSizeLimit full(8);
         file.write("lost line\n");
         EXPECT_FALSE(file.flush());
     }
@@ -175,7 +147,7 @@ TEST_F(RecordingFileText, IsGoodAgainAfterTheNextOpen)
 {
     ASSERT_TRUE(file.open("run", footer));
     {
-        const FileSizeLimit full(0);
+        const tztest::FileSizeLimit full(0);
         file.write("lost\n");
         EXPECT_FALSE(file.flush());
     }

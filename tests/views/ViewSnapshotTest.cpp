@@ -3,6 +3,7 @@
 #include "views/TzViewSnapshot.h"
 
 #include "common/platform/ExclusiveFile.h"
+#include "tests/support/FileSizeLimit.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/TempWorkDir.h"
 #include "tests/views/SnapshotFrames.h"
@@ -16,10 +17,6 @@
 #include <QStandardItemModel>
 
 #include <gtest/gtest.h>
-
-#include <csignal>
-
-#include <sys/resource.h>
 
 using namespace tztest;
 using Format = TzViewSnapshot::Format;
@@ -55,30 +52,6 @@ protected:
     TzVciDeviceManager m_manager{&m_store};
     TzCanViewModel m_can{&m_manager};
     TzLinViewModel m_lin{&m_manager};
-};
-
-/// No file of this process grows beyond a size: what a disk does that is full.
-class FileSizeLimit
-{
-public:
-    explicit FileSizeLimit(rlim_t bytes)
-        : m_previousHandler(std::signal(SIGXFSZ, SIG_IGN))
-    {
-        ::getrlimit(RLIMIT_FSIZE, &m_previous);
-        const rlimit limit{bytes, m_previous.rlim_max};
-        ::setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FileSizeLimit()
-    {
-        ::setrlimit(RLIMIT_FSIZE, &m_previous);
-        std::signal(SIGXFSZ, m_previousHandler);
-    }
-    FileSizeLimit(const FileSizeLimit &) = delete;
-    FileSizeLimit &operator=(const FileSizeLimit &) = delete;
-
-private:
-    rlimit m_previous{};
-    void (*m_previousHandler)(int);
 };
 
 const std::string ascHead = "date Sat Nov 07 02:05:09.007 pm 2026\n"
@@ -240,7 +213,7 @@ TEST_F(ViewSnapshot, FullDiskIsLoggedAndNoFailure)
     const LogCapture log;
     show(m_can, snapshotCanFrames());
     {
-        const FileSizeLimit limit(20);
+        const tztest::FileSizeLimit limit(20);
         EXPECT_TRUE(TzViewSnapshot::save(m_can, Format::Csv, QStringLiteral("full.csv")));
     }
     EXPECT_EQ(contents(QStringLiteral("full.csv")).size(), 20);

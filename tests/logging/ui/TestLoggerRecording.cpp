@@ -2,12 +2,10 @@
 #include "tests/logging/ui/TestLoggerRecording.h"
 
 #include "tests/logging/ui/LoggerWindowFixture.h"
+#include "tests/support/FileSizeLimit.h"
 #include "tests/support/NoMoreThreads.h"
 
-#include <sys/resource.h>
-
 #include <array>
-#include <csignal>
 #include <stop_token>
 #include <thread>
 
@@ -18,31 +16,6 @@ namespace {
 constexpr int infoLevel = 1;
 constexpr int errorLevel = 3;
 std::unique_ptr<LoggerWindowFixture> fixture;
-
-/// While it lives this process writes nothing into files: to it the disk is full.
-class FullDisk
-{
-public:
-    FullDisk()
-    {
-        m_handler = std::signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &m_limit);
-        const rlimit none{0, m_limit.rlim_max};
-        if (setrlimit(RLIMIT_FSIZE, &none) != 0)
-            qFatal("the limit cannot be set");
-    }
-    ~FullDisk()
-    {
-        setrlimit(RLIMIT_FSIZE, &m_limit);
-        std::signal(SIGXFSZ, m_handler);
-    }
-    FullDisk(const FullDisk &) = delete;
-    FullDisk &operator=(const FullDisk &) = delete;
-
-private:
-    rlimit m_limit{};
-    void (*m_handler)(int) = nullptr;
-};
 
 /// The next message box, which is answered by OK; its title and text, and the icon's number.
 void verifyTold(QMessageBox::Icon icon, const QString &title, const QString &text)
@@ -99,7 +72,7 @@ void TestLoggerRecording::unopenableFileIsTold()
 
 void TestLoggerRecording::unwritableHeaderIsTold()
 {
-    const FullDisk disk;
+    const tztest::FileSizeLimit fullDisk(0);
     fixture->driver.expectBox(QMessageBox::Ok);
     fixture->start(QStringLiteral("run.asc"));
     verifyTold(QMessageBox::Critical, QStringLiteral("Recording Failed"),
