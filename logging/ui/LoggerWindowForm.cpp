@@ -21,6 +21,7 @@ namespace Common {
 namespace {
 
 constexpr QSize windowSize{640, 480};
+constexpr QMargins groupMargins{9, 5, 9, 5}; // tight: the whole preview has to show
 constexpr int previewFontSize = 8;                                                              // points
 constexpr auto previewStyle = "QScrollArea { border: 1px solid #cccccc; border-radius: 3px; }"; // like a text field
 constexpr Qt::WindowFlags flagsWithoutMaximize = Qt::Window | Qt::WindowTitleHint | Qt::WindowSystemMenuHint |
@@ -77,6 +78,7 @@ void LoggerWindow::buildFileGroup()
                      tr("Open the file in the desktop's default program"), &LoggerWindow::onOpenFileClicked);
 
     auto *row = new QHBoxLayout(group);
+    row->setContentsMargins(groupMargins);
     row->setSpacing(8);
     row->addWidget(label);
     row->addWidget(m_pathEdit, 1);
@@ -175,6 +177,7 @@ void LoggerWindow::buildControlGroup()
     row->addWidget(createButton(QStringLiteral("buttonClose"), tr("Close"), QString(), &LoggerWindow::onCloseClicked));
 
     auto *layout = new QVBoxLayout(group);
+    layout->setContentsMargins(groupMargins);
     layout->setSpacing(8);
     layout->addWidget(scrollArea, 1);
     layout->addLayout(row);
