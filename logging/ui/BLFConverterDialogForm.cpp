@@ -145,9 +145,6 @@ QWidget *BLFConverterDialog::createLogGroup()
     m_log->setTabChangesFocus(true);
     m_log->setAccessibleName(group->title());
     m_progressBar->setRange(0, 100);
-    QSizePolicy policy = m_progressBar->sizePolicy();
-    policy.setRetainSizeWhenHidden(true); // the text above must not jump
-    m_progressBar->setSizePolicy(policy);
     m_progressBar->hide();
 
     auto *layout = new QVBoxLayout(group);

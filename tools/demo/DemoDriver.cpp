@@ -51,6 +51,7 @@ DemoDriver::DemoDriver(TZBenchWindow *window, TzVciDeviceStore *store, const QDi
     addAddDeviceSteps();
     addRecorderSteps();
     addToolSteps();
+    addConverterSteps();
     addClosingSteps();
     connect(&m_script, &DemoScript::failed, this, [this](const QString &step) {
         std::fprintf(stderr, "demo: \"%s\" did not come about\n", qPrintable(step));

@@ -37,6 +37,7 @@ private:
     void addAddDeviceSteps();
     void addRecorderSteps();
     void addToolSteps();
+    void addConverterSteps();
     void addClosingSteps();
 
     void addViewPicture(int index, const QSize &size, const QString &name,
