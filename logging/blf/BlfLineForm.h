@@ -49,7 +49,7 @@ inline bool isBusFrame(const BlfFrame &frame) noexcept
 /// hold, the nearest such time.
 std::int64_t microseconds(double seconds) noexcept;
 
-// Like the functions of LineDigits, which know what room they need.
+// Like those of LineDigits: each writes at @p out, which must have the room, and returns the end.
 
 /// Seconds with six digits behind the dot.
 char *timeText(char *out, double seconds) noexcept;

@@ -12,8 +12,8 @@ namespace BLF {
 
 namespace {
 
-constexpr std::size_t blockSize = 256 * 1024;
-constexpr std::size_t roomForOneMoreLine = 4 * 1024; // longer ones make the buffer grow
+constexpr std::size_t blockSize = 262'144;
+constexpr std::size_t roomForOneMoreLine = 4096; // longer ones make the buffer grow
 
 /// Text on its way to a file, in large blocks.
 class BlockWriter

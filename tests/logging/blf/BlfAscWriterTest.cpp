@@ -11,11 +11,6 @@ using namespace tztest;
 
 namespace {
 
-constexpr BlfExportOptions nothing{.exportInternalEvents = false, .exportAdditionalInfo = false};
-constexpr BlfExportOptions events{.exportInternalEvents = true, .exportAdditionalInfo = false};
-constexpr BlfExportOptions info{.exportInternalEvents = false, .exportAdditionalInfo = true};
-constexpr BlfExportOptions everything{};
-
 const QString dateForm = QStringLiteral("ddd MMM d hh:mm:ss.zzz yyyy");
 
 std::string headerBehindDate(bool hasEvents)
@@ -45,9 +40,10 @@ std::string ascLines(const BlfExportOptions &options, const BlfFrames &frames)
 TEST(BlfAscWriter, DateLineHasEnglishNamesAndMilliseconds)
 {
     const QDateTime now(QDate(2026, 3, 4), QTime(5, 6, 7, 89));
-    EXPECT_EQ(BlfAscForm(everything, now).header(), "date Wed Mar 4 05:06:07.089 2026\n" + headerBehindDate(true));
+    EXPECT_EQ(BlfAscForm(blfWithAll, now).header(), "date Wed Mar 4 05:06:07.089 2026\n" + headerBehindDate(true));
     const QDateTime evening(QDate(2025, 12, 31), QTime(23, 59, 59, 999));
-    EXPECT_EQ(BlfAscForm(nothing, evening).header(), "date Wed Dec 31 23:59:59.999 2025\n" + headerBehindDate(false));
+    EXPECT_EQ(BlfAscForm(blfFramesAlone, evening).header(),
+              "date Wed Dec 31 23:59:59.999 2025\n" + headerBehindDate(false));
 }
 
 TEST(BlfAscWriter, DateLineIsEnglishUnderEveryLocale)
@@ -55,14 +51,14 @@ TEST(BlfAscWriter, DateLineIsEnglishUnderEveryLocale)
     const QLocale before;
     QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
     const QDateTime now(QDate(2026, 5, 5), QTime(1, 2, 3, 4));
-    EXPECT_EQ(BlfAscForm(everything, now).header(), "date Tue May 5 01:02:03.004 2026\n" + headerBehindDate(true));
+    EXPECT_EQ(BlfAscForm(blfWithAll, now).header(), "date Tue May 5 01:02:03.004 2026\n" + headerBehindDate(true));
     QLocale::setDefault(before);
 }
 
 TEST(BlfAscWriter, DateIsThatOfTheSaving)
 {
     const QDateTime before = QDateTime::currentDateTime();
-    const std::string text = savedText(blfAscSaver, everything, {blfDataRecord()});
+    const std::string text = savedText(blfAscSaver, blfWithAll, {blfDataRecord()});
     const QDateTime after = QDateTime::currentDateTime();
     const QString date = QString::fromStdString(text.substr(5, text.find('\n') - 5));
     const QDateTime written = QLocale::c().toDateTime(date, dateForm);
@@ -72,7 +68,7 @@ TEST(BlfAscWriter, DateIsThatOfTheSaving)
 TEST(BlfAscWriter, WholeFile)
 {
     const std::string text =
-        savedText(blfAscSaver, everything, {blfDataRecord(0.5), blfEventRecord(2, QStringLiteral("ErrorFrame"))});
+        savedText(blfAscSaver, blfWithAll, {blfDataRecord(0.5), blfEventRecord(2, QStringLiteral("ErrorFrame"))});
     EXPECT_EQ(text.substr(text.find('\n') + 1), headerBehindDate(true) + "0.500000 1 123 Rx d 1 ab   0  0\n"
                                                                          "1.000000 ErrorFrame 3 \"ErrorFrame\"\n"
                                                                          "End TriggerBlock\n");
@@ -85,42 +81,42 @@ TEST(BlfAscWriter, ClassicFrame)
     frame.data = QByteArray::fromHex("0123456789ABCDEF");
     frame.frameLength = 239'972;
     frame.bitCount = 124;
-    EXPECT_EQ(ascLines(nothing, {frame}), "1.234567 1 123 Rx d 8 01 23 45 67 89 ab cd ef\n");
-    EXPECT_EQ(ascLines(info, {frame}), "1.234567 1 123 Rx d 8 01 23 45 67 89 ab cd ef   239972  124\n");
+    EXPECT_EQ(ascLines(blfFramesAlone, {frame}), "1.234567 1 123 Rx d 8 01 23 45 67 89 ab cd ef\n");
+    EXPECT_EQ(ascLines(blfWithInfo, {frame}), "1.234567 1 123 Rx d 8 01 23 45 67 89 ab cd ef   239972  124\n");
 }
 
 TEST(BlfAscWriter, ClassicFrameWithoutData)
 {
     BlfFrame frame = blfDataRecord();
     frame.dlc = 0;
-    EXPECT_EQ(ascLines(nothing, {frame}), "1.000000 1 123 Rx d 0\n") << "none by the dlc";
+    EXPECT_EQ(ascLines(blfFramesAlone, {frame}), "1.000000 1 123 Rx d 0\n") << "none by the dlc";
     frame.data.clear();
-    EXPECT_EQ(ascLines(nothing, {frame}), "1.000000 1 123 Rx d 0\n");
-    EXPECT_EQ(ascLines(info, {frame}), "1.000000 1 123 Rx d 0   0  0\n");
+    EXPECT_EQ(ascLines(blfFramesAlone, {frame}), "1.000000 1 123 Rx d 0\n");
+    EXPECT_EQ(ascLines(blfWithInfo, {frame}), "1.000000 1 123 Rx d 0   0  0\n");
     frame.dlc = 4;
-    EXPECT_EQ(ascLines(nothing, {frame}), "1.000000 1 123 Rx d 4 \n") << "the blank stands also before no bytes";
+    EXPECT_EQ(ascLines(blfFramesAlone, {frame}), "1.000000 1 123 Rx d 4 \n") << "the blank stands also before no bytes";
 }
 
 TEST(BlfAscWriter, RemoteFrameWithDlcEightHasEmptyData)
 {
-    EXPECT_EQ(ascLines(nothing, {blfRemoteRecord(2)}), "2.000000 1 123 Rx d 8\n");
-    EXPECT_EQ(ascLines(info, {blfRemoteRecord(2)}), "2.000000 1 123 Rx d 8   0  0\n");
+    EXPECT_EQ(ascLines(blfFramesAlone, {blfRemoteRecord(2)}), "2.000000 1 123 Rx d 8\n");
+    EXPECT_EQ(ascLines(blfWithInfo, {blfRemoteRecord(2)}), "2.000000 1 123 Rx d 8   0  0\n");
     BlfFrame frame = blfRemoteRecord(2);
     frame.data = QByteArray(8, '\x11');
-    EXPECT_EQ(ascLines(nothing, {frame}), "2.000000 1 123 Rx d 8\n");
+    EXPECT_EQ(ascLines(blfFramesAlone, {frame}), "2.000000 1 123 Rx d 8\n");
 }
 
 TEST(BlfAscWriter, ExtendedIdsHaveEightDigitsAndAnX)
 {
     BlfFrame frame = blfDataRecord();
     frame.id = 0xA;
-    EXPECT_EQ(ascLines(nothing, {frame}), "1.000000 1 00a Rx d 1 ab\n");
+    EXPECT_EQ(ascLines(blfFramesAlone, {frame}), "1.000000 1 00a Rx d 1 ab\n");
     frame.isExtended = true;
-    EXPECT_EQ(ascLines(nothing, {frame}), "1.000000 1 0000000ax Rx d 1 ab\n");
+    EXPECT_EQ(ascLines(blfFramesAlone, {frame}), "1.000000 1 0000000ax Rx d 1 ab\n");
     frame.id = 0x1ABCDEF0;
-    EXPECT_EQ(ascLines(nothing, {frame}), "1.000000 1 1abcdef0x Rx d 1 ab\n");
+    EXPECT_EQ(ascLines(blfFramesAlone, {frame}), "1.000000 1 1abcdef0x Rx d 1 ab\n");
     frame.isExtended = false;
-    EXPECT_EQ(ascLines(nothing, {frame}), "1.000000 1 1abcdef0 Rx d 1 ab\n");
+    EXPECT_EQ(ascLines(blfFramesAlone, {frame}), "1.000000 1 1abcdef0 Rx d 1 ab\n");
 }
 
 TEST(BlfAscWriter, ClassicFrameWithoutDirectionGetsOneByItsKind)
@@ -129,16 +125,17 @@ TEST(BlfAscWriter, ClassicFrameWithoutDirectionGetsOneByItsKind)
     data.dir.clear();
     BlfFrame remote = blfRemoteRecord();
     remote.dir.clear();
-    EXPECT_EQ(ascLines(nothing, {data, remote}), "1.000000 1 123 Rx d 1 ab\n"
-                                                 "1.000000 1 123 Tx d 8\n");
+    EXPECT_EQ(ascLines(blfFramesAlone, {data, remote}), "1.000000 1 123 Rx d 1 ab\n"
+                                                        "1.000000 1 123 Tx d 8\n");
 }
 
 TEST(BlfAscWriter, FdFrame)
 {
-    EXPECT_EQ(ascLines(nothing, {blfFdRecord()}),
+    EXPECT_EQ(ascLines(blfFramesAlone, {blfFdRecord()}),
               "1.000000 CANFD 2 Tx 18daf110x 1 0 9 00 11 22 33 44 55 66 77 88 99 aa bb\n");
-    EXPECT_EQ(ascLines(info, {blfFdRecord()}), "1.000000 CANFD 2 Tx 18daf110x 1 0 9 00 11 22 33 44 55 66 77 88 99 aa bb"
-                                               "   268000  134   1179648592 1260912976 1001 2002 2147501637\n");
+    EXPECT_EQ(ascLines(blfWithInfo, {blfFdRecord()}),
+              "1.000000 CANFD 2 Tx 18daf110x 1 0 9 00 11 22 33 44 55 66 77 88 99 aa bb"
+              "   268000  134   1179648592 1260912976 1001 2002 2147501637\n");
 }
 
 TEST(BlfAscWriter, FdFrameWithoutData)
@@ -150,68 +147,55 @@ TEST(BlfAscWriter, FdFrameWithoutData)
     frame.id = 0x7FF;
     frame.dlc = 0;
     frame.data.clear();
-    EXPECT_EQ(ascLines(nothing, {frame}), "1.000000 CANFD 2 Tx 7ff 0 1 0 \n");
+    EXPECT_EQ(ascLines(blfFramesAlone, {frame}), "1.000000 CANFD 2 Tx 7ff 0 1 0 \n");
     frame.dlc = 8;
     frame.isRtr = true;
     frame.frameType = FrameType::remote;
-    EXPECT_EQ(ascLines(nothing, {frame}), "1.000000 CANFD 2 Tx 7ff 0 1 8 \n");
-    EXPECT_EQ(ascLines(info, {frame}), "1.000000 CANFD 2 Tx 7ff 0 1 8    268000  134   1179648592 1260912976 1001 2002 "
-                                       "2147501637\n");
+    EXPECT_EQ(ascLines(blfFramesAlone, {frame}), "1.000000 CANFD 2 Tx 7ff 0 1 8 \n");
+    EXPECT_EQ(ascLines(blfWithInfo, {frame}),
+              "1.000000 CANFD 2 Tx 7ff 0 1 8    268000  134   1179648592 1260912976 1001 2002 "
+              "2147501637\n");
 }
 
 TEST(BlfAscWriter, EachTypeOfEventHasItsLine)
 {
-    const BlfFrames frames{
-        blfEventRecord(2, QStringLiteral("a")), blfEventRecord(3, QStringLiteral("b")),
-        blfEventRecord(4, QStringLiteral("c")), blfEventRecord(5, QStringLiteral("d")),
-        blfEventRecord(6, QStringLiteral("e")), blfEventRecord(7, QStringLiteral("f")),
-        blfEventRecord(8, QStringLiteral("g")), blfEventRecord(9, QStringLiteral("h")),
-    };
-    for (const auto &options : {events, everything}) {
-        EXPECT_EQ(ascLines(options, frames), "1.000000 ErrorFrame 3 \"a\"\n"
-                                             "1.000000 ErrorFrameFD 3 \"b\"\n"
-                                             "1.000000 ErrorFrame 3 \"c\"\n"
-                                             "1.000000 OverloadFrame 3 \"d\"\n"
-                                             "1.000000 e\n"
-                                             "1.000000 f\n"
-                                             "1.000000 g\n"
-                                             "1.000000 h\n");
+    for (const auto &options : {blfWithEvents, blfWithAll}) {
+        EXPECT_EQ(ascLines(options, blfEventRecords()), "1.000000 ErrorFrame 3 \"a\"\n"
+                                                        "1.000000 ErrorFrameFD 3 \"b\"\n"
+                                                        "1.000000 ErrorFrame 3 \"c\"\n"
+                                                        "1.000000 OverloadFrame 3 \"d\"\n"
+                                                        "1.000000 e\n"
+                                                        "1.000000 f\n"
+                                                        "1.000000 g\n"
+                                                        "1.000000 h\n");
     }
 }
 
 TEST(BlfAscWriter, EventsWithoutDescription)
 {
-    const BlfFrames frames{blfEventRecord(2, {}), blfEventRecord(3, {}), blfEventRecord(4, {}), blfEventRecord(5, {}),
-                           blfEventRecord(6, {}), blfEventRecord(7, {}), blfEventRecord(8, {}), blfEventRecord(9, {})};
-    EXPECT_EQ(ascLines(everything, frames), "1.000000 ErrorFrame 3 \n"
-                                            "1.000000 ErrorFrameFD 3 \n"
-                                            "1.000000 ErrorFrame 3 \n"
-                                            "1.000000 OverloadFrame 3 \n"
-                                            "1.000000 InternalEvent\n"
-                                            "1.000000 InternalEvent\n"
-                                            "1.000000 InternalEvent\n"
-                                            "1.000000 InternalEvent\n");
+    EXPECT_EQ(ascLines(blfWithAll, blfEventRecords(false)), "1.000000 ErrorFrame 3 \n"
+                                                            "1.000000 ErrorFrameFD 3 \n"
+                                                            "1.000000 ErrorFrame 3 \n"
+                                                            "1.000000 OverloadFrame 3 \n"
+                                                            "1.000000 InternalEvent\n"
+                                                            "1.000000 InternalEvent\n"
+                                                            "1.000000 InternalEvent\n"
+                                                            "1.000000 InternalEvent\n");
 }
 
 TEST(BlfAscWriter, TextsAreUtf8)
 {
-    EXPECT_EQ(ascLines(everything, {blfEventRecord(7, QString::fromUtf8("SV: 3 T\xC3\xBCr = \"\xE2\x82\xAC\""))}),
+    EXPECT_EQ(ascLines(blfWithAll, {blfEventRecord(7, QString::fromUtf8("SV: 3 T\xC3\xBCr = \"\xE2\x82\xAC\""))}),
               "1.000000 SV: 3 T\xC3\xBCr = \"\xE2\x82\xAC\"\n");
 }
 
 TEST(BlfAscWriter, AllFieldsAtTheirGreatest)
 {
-    BlfFrame frame = blfFdRecord(18446744073709551615.0 * 1e-9);
-    const std::uint32_t greatest = 4'294'967'295;
-    frame.channel = frame.id = frame.frameLength = frame.arbBitrate = frame.dataBitrate = greatest;
-    frame.brsOffset = frame.crcDelOffset = frame.crc = greatest;
-    frame.bitCount = 65'535;
-    frame.dlc = 255;
-    frame.data = QByteArray(64, '\xFF');
+    const BlfFrame frame = blfGreatestRecord();
     std::string data;
     for (int i = 0; i < 64; ++i)
         data += " ff";
-    EXPECT_EQ(ascLines(everything, {frame}),
+    EXPECT_EQ(ascLines(blfWithAll, {frame}),
               QString::number(frame.time, 'f', 6).toStdString() + " CANFD 4294967295 Tx ffffffffx 1 0 255" + data +
                   "   4294967295  65535   4294967295 4294967295 4294967295 4294967295 4294967295\n");
 }

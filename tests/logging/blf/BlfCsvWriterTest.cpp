@@ -8,11 +8,6 @@ using namespace tztest;
 
 namespace {
 
-constexpr BlfExportOptions nothing{.exportInternalEvents = false, .exportAdditionalInfo = false};
-constexpr BlfExportOptions events{.exportInternalEvents = true, .exportAdditionalInfo = false};
-constexpr BlfExportOptions info{.exportInternalEvents = false, .exportAdditionalInfo = true};
-constexpr BlfExportOptions everything{};
-
 const std::string shortHeader = "Time,Channel,ID,Dir,FrameType,DLC,Data,Ext,RTR,Description\n";
 const std::string longHeader = "Time,Channel,ID,Dir,FrameType,DLC,Data,Ext,RTR,FD,BRS,ESI,WU,NERR,FrameLength,"
                                "BitCount,ArbBitCount,ArbBitrate,DataBitrate,BRS_Offset,CRC_Del_Offset,CRC,"
@@ -31,7 +26,7 @@ TEST(BlfCsvWriter, ClassicFrameIsTheSameWithAndWithoutAdditionalInfo)
     BlfFrame frame = blfDataRecord(1.234567);
     frame.frameLength = 1;
     frame.bitCount = 2;
-    for (const auto &options : {nothing, events, info, everything})
+    for (const auto &options : {blfFramesAlone, blfWithEvents, blfWithInfo, blfWithAll})
         EXPECT_EQ(csvLines(options, {frame}), "1.234567,1,0X123,Rx,Data,1,AB,0,0,\n");
 }
 
@@ -39,18 +34,18 @@ TEST(BlfCsvWriter, ExtendedIdsHaveEightDigitsAndStandardIdsThree)
 {
     BlfFrame frame = blfDataRecord();
     frame.id = 0xa;
-    EXPECT_EQ(csvLines(nothing, {frame}), "1.000000,1,0X00A,Rx,Data,1,AB,0,0,\n");
+    EXPECT_EQ(csvLines(blfFramesAlone, {frame}), "1.000000,1,0X00A,Rx,Data,1,AB,0,0,\n");
     frame.isExtended = true;
-    EXPECT_EQ(csvLines(nothing, {frame}), "1.000000,1,0X0000000A,Rx,Data,1,AB,1,0,\n");
+    EXPECT_EQ(csvLines(blfFramesAlone, {frame}), "1.000000,1,0X0000000A,Rx,Data,1,AB,1,0,\n");
     frame.id = 0x1abcdef0;
-    EXPECT_EQ(csvLines(nothing, {frame}), "1.000000,1,0X1ABCDEF0,Rx,Data,1,AB,1,0,\n");
+    EXPECT_EQ(csvLines(blfFramesAlone, {frame}), "1.000000,1,0X1ABCDEF0,Rx,Data,1,AB,1,0,\n");
     frame.isExtended = false;
-    EXPECT_EQ(csvLines(nothing, {frame}), "1.000000,1,0X1ABCDEF0,Rx,Data,1,AB,0,0,\n") << "padded, never cut";
+    EXPECT_EQ(csvLines(blfFramesAlone, {frame}), "1.000000,1,0X1ABCDEF0,Rx,Data,1,AB,0,0,\n") << "padded, never cut";
 }
 
 TEST(BlfCsvWriter, RemoteFrameWithDlcEightHasEmptyData)
 {
-    EXPECT_EQ(csvLines(everything, {blfRemoteRecord(2)}), "2.000000,1,0X123,Rx,RTR,8,,0,1,\n");
+    EXPECT_EQ(csvLines(blfWithAll, {blfRemoteRecord(2)}), "2.000000,1,0X123,Rx,RTR,8,,0,1,\n");
 }
 
 TEST(BlfCsvWriter, DataIsUpperCaseAndEmptyWhereThereIsNone)
@@ -58,10 +53,10 @@ TEST(BlfCsvWriter, DataIsUpperCaseAndEmptyWhereThereIsNone)
     BlfFrame frame = blfDataRecord();
     frame.dlc = 8;
     frame.data = QByteArray::fromHex("0123456789abcdef");
-    EXPECT_EQ(csvLines(nothing, {frame}), "1.000000,1,0X123,Rx,Data,8,01 23 45 67 89 AB CD EF,0,0,\n");
+    EXPECT_EQ(csvLines(blfFramesAlone, {frame}), "1.000000,1,0X123,Rx,Data,8,01 23 45 67 89 AB CD EF,0,0,\n");
     frame.dlc = 0;
     frame.data.clear();
-    EXPECT_EQ(csvLines(nothing, {frame}), "1.000000,1,0X123,Rx,Data,0,,0,0,\n");
+    EXPECT_EQ(csvLines(blfFramesAlone, {frame}), "1.000000,1,0X123,Rx,Data,0,,0,0,\n");
 }
 
 TEST(BlfCsvWriter, FieldsAreWrittenAsTheyAre)
@@ -71,19 +66,19 @@ TEST(BlfCsvWriter, FieldsAreWrittenAsTheyAre)
     frame.dlc = 255;
     frame.dir = QString::fromUtf8("\xE2\x86\x92,\"");
     frame.description = QString::fromUtf8("a,\"b\" \xC3\xBC");
-    EXPECT_EQ(csvLines(nothing, {frame}),
+    EXPECT_EQ(csvLines(blfFramesAlone, {frame}),
               "1.000000,4294967295,0X123,\xE2\x86\x92,\",Data,255,AB,0,0,a,\"b\" \xC3\xBC\n");
 }
 
 TEST(BlfCsvWriter, FdFrameWithoutAdditionalInfoHasOneFieldMore)
 {
-    EXPECT_EQ(csvLines(nothing, {blfFdRecord()}),
+    EXPECT_EQ(csvLines(blfFramesAlone, {blfFdRecord()}),
               "1.000000,2,0X18DAF110,Tx,Data,9,00 11 22 33 44 55 66 77 88 99 AA BB,1,0,1,\n");
 }
 
 TEST(BlfCsvWriter, FdFrameWithAdditionalInfoHasAllFields)
 {
-    EXPECT_EQ(savedText(blfCsvSaver, info, {blfFdRecord()}),
+    EXPECT_EQ(savedText(blfCsvSaver, blfWithInfo, {blfFdRecord()}),
               longHeader + "1.000000,2,0X18DAF110,Tx,Data,9,00 11 22 33 44 55 66 77 88 99 AA BB,1,0,"
                            "1,1,0,1,0,268000,134,29,1179648592,1260912976,1001,2002,2147501637,\n");
     BlfFrame other = blfFdRecord();
@@ -94,25 +89,19 @@ TEST(BlfCsvWriter, FdFrameWithAdditionalInfoHasAllFields)
     other.isRtr = true;
     other.frameType = FrameType::remote;
     other.data.clear();
-    EXPECT_EQ(savedText(blfCsvSaver, info, {other}),
+    EXPECT_EQ(savedText(blfCsvSaver, blfWithInfo, {other}),
               longHeader + "1.000000,2,0X18DAF110,Tx,RTR,9,,1,1,"
                            "1,0,1,0,1,268000,134,29,1179648592,1260912976,1001,2002,2147501637,\n");
 }
 
 TEST(BlfCsvWriter, AllFieldsAtTheirGreatest)
 {
-    BlfFrame frame = blfFdRecord(18446744073709551615.0 * 1e-9);
-    const std::uint32_t greatest = 4'294'967'295;
-    frame.channel = frame.id = frame.frameLength = frame.arbBitrate = frame.dataBitrate = greatest;
-    frame.brsOffset = frame.crcDelOffset = frame.crc = greatest;
-    frame.bitCount = frame.arbBitCount = 65'535;
-    frame.dlc = 255;
-    frame.data = QByteArray(64, '\xFF');
+    BlfFrame frame = blfGreatestRecord();
     frame.isEsi = frame.isNerr = frame.isRtr = true;
     std::string data = "FF";
     for (int i = 1; i < 64; ++i)
         data += " FF";
-    EXPECT_EQ(savedText(blfCsvSaver, everything, {frame}),
+    EXPECT_EQ(savedText(blfCsvSaver, blfWithAll, {frame}),
               longHeader + QString::number(frame.time, 'f', 6).toStdString() + ",4294967295,0XFFFFFFFF,Tx,Data,255," +
                   data +
                   ",1,1,1,1,1,1,1,4294967295,65535,65535,4294967295,4294967295,4294967295,4294967295,4294967295,\n");
@@ -120,7 +109,7 @@ TEST(BlfCsvWriter, AllFieldsAtTheirGreatest)
 
 TEST(BlfCsvWriter, ClassicalAndFdFramesWithAdditionalInfoHaveLinesOfTwoLengths)
 {
-    EXPECT_EQ(savedText(blfCsvSaver, info, {blfDataRecord(1), blfFdRecord(2), blfRemoteRecord(3)}),
+    EXPECT_EQ(savedText(blfCsvSaver, blfWithInfo, {blfDataRecord(1), blfFdRecord(2), blfRemoteRecord(3)}),
               longHeader + "1.000000,1,0X123,Rx,Data,1,AB,0,0,\n"
                            "2.000000,2,0X18DAF110,Tx,Data,9,00 11 22 33 44 55 66 77 88 99 AA BB,1,0,"
                            "1,1,0,1,0,268000,134,29,1179648592,1260912976,1001,2002,2147501637,\n"
@@ -129,34 +118,28 @@ TEST(BlfCsvWriter, ClassicalAndFdFramesWithAdditionalInfoHaveLinesOfTwoLengths)
 
 TEST(BlfCsvWriter, HeaderIsShortWithoutFdFramesOrWithoutAdditionalInfo)
 {
-    EXPECT_EQ(savedText(blfCsvSaver, info, {blfEventRecord(FrameType::error, {})}), shortHeader);
-    EXPECT_EQ(savedText(blfCsvSaver, events, {blfFdRecord()}).substr(0, shortHeader.size()), shortHeader);
-    EXPECT_EQ(savedText(blfCsvSaver, everything, {blfDataRecord()}).substr(0, shortHeader.size()), shortHeader);
+    EXPECT_EQ(savedText(blfCsvSaver, blfWithInfo, {blfEventRecord(FrameType::error, {})}), shortHeader);
+    EXPECT_EQ(savedText(blfCsvSaver, blfWithEvents, {blfFdRecord()}).substr(0, shortHeader.size()), shortHeader);
+    EXPECT_EQ(savedText(blfCsvSaver, blfWithAll, {blfDataRecord()}).substr(0, shortHeader.size()), shortHeader);
 }
 
 TEST(BlfCsvWriter, EachTypeOfEventHasItsText)
 {
-    const BlfFrames frames{
-        blfEventRecord(2, QStringLiteral("a")), blfEventRecord(3, QStringLiteral("b")),
-        blfEventRecord(4, QStringLiteral("c")), blfEventRecord(5, QStringLiteral("d")),
-        blfEventRecord(6, QStringLiteral("e")), blfEventRecord(7, QStringLiteral("f")),
-        blfEventRecord(8, QStringLiteral("g")), blfEventRecord(9, {}),
-    };
-    EXPECT_EQ(csvLines(events, frames), "1.000000,,,,Error,,,,,a\n"
-                                        "1.000000,,,,FD_Error,,,,,b\n"
-                                        "1.000000,,,,Driver_Error,,,,,c\n"
-                                        "1.000000,,,,Overload,,,,,d\n"
-                                        "1.000000,,,,Setting,,,,,e\n"
-                                        "1.000000,,,,SysVar,,,,,f\n"
-                                        "1.000000,,,,Statistic,,,,,g\n"
-                                        "1.000000,,,,Unknown,,,,,\n");
+    EXPECT_EQ(csvLines(blfWithEvents, blfEventRecords()), "1.000000,,,,Error,,,,,a\n"
+                                                          "1.000000,,,,FD_Error,,,,,b\n"
+                                                          "1.000000,,,,Driver_Error,,,,,c\n"
+                                                          "1.000000,,,,Overload,,,,,d\n"
+                                                          "1.000000,,,,Setting,,,,,e\n"
+                                                          "1.000000,,,,SysVar,,,,,f\n"
+                                                          "1.000000,,,,Statistic,,,,,g\n"
+                                                          "1.000000,,,,Unknown,,,,,h\n");
 }
 
 TEST(BlfCsvWriter, EventsHaveThirteenFieldsMoreWithAdditionalInfo)
 {
     const BlfFrame event = blfEventRecord(FrameType::error, QStringLiteral("ErrorFrame"), 0.5);
-    EXPECT_EQ(csvLines(everything, {event}), "0.500000,,,,Error,,,,,,,,,,,,,,,,,,ErrorFrame\n");
-    EXPECT_EQ(savedText(blfCsvSaver, everything, {blfFdRecord(), event}).substr(longHeader.size()),
+    EXPECT_EQ(csvLines(blfWithAll, {event}), "0.500000,,,,Error,,,,,,,,,,,,,,,,,,ErrorFrame\n");
+    EXPECT_EQ(savedText(blfCsvSaver, blfWithAll, {blfFdRecord(), event}).substr(longHeader.size()),
               "1.000000,2,0X18DAF110,Tx,Data,9,00 11 22 33 44 55 66 77 88 99 AA BB,1,0,"
               "1,1,0,1,0,268000,134,29,1179648592,1260912976,1001,2002,2147501637,\n"
               "0.500000,,,,Error,,,,,,,,,,,,,,,,,,ErrorFrame\n");

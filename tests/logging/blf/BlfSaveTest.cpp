@@ -22,8 +22,6 @@ using Clock = std::chrono::steady_clock;
 
 namespace {
 
-constexpr BlfExportOptions nothing{.exportInternalEvents = false, .exportAdditionalInfo = false};
-
 BlfFrames dataRecords(std::size_t count)
 {
     BlfFrames frames;
@@ -154,7 +152,7 @@ TEST_P(BlfSave, WithoutInternalEventsOnlyDataAndRemoteFramesAreWritten)
     BlfFrames frames{blfDataRecord(), blfRemoteRecord(), blfFdRecord()};
     for (std::uint32_t type = FrameType::error; type <= FrameType::statistic + 1; ++type)
         frames.push_back(blfEventRecord(type, QStringLiteral("event")));
-    const std::string without = savedText(GetParam(), nothing, frames);
+    const std::string without = savedText(GetParam(), blfFramesAlone, frames);
     EXPECT_EQ(lineCount(without), 3 + GetParam().linesAround);
     EXPECT_EQ(without.find("event\n"), std::string::npos);
     EXPECT_EQ(without.find("Error"), std::string::npos);
@@ -164,7 +162,7 @@ TEST_P(BlfSave, WithoutInternalEventsOnlyDataAndRemoteFramesAreWritten)
 
 TEST_P(BlfSave, RecordsThatAreAllLeftOutStillMakeAFile)
 {
-    EXPECT_EQ(lineCount(savedText(GetParam(), nothing, {blfEventRecord(FrameType::error, {})})),
+    EXPECT_EQ(lineCount(savedText(GetParam(), blfFramesAlone, {blfEventRecord(FrameType::error, {})})),
               GetParam().linesAround);
 }
 
@@ -173,7 +171,7 @@ TEST_P(BlfSave, OptionsAreOnAtFirstAndEachWritersOwn)
     EXPECT_TRUE(GetParam().options->exportInternalEvents && GetParam().options->exportAdditionalInfo);
     BlfExportOptions &others =
         GetParam().options == blfCsvSaver.options ? BlfAscWriter::options : BlfCsvWriter::options;
-    others = nothing;
+    others = blfFramesAlone;
     ASSERT_TRUE(save(path(), {blfDataRecord(), blfEventRecord(FrameType::error, {})}));
     EXPECT_EQ(lineCount(fileContent(path())), 2 + GetParam().linesAround);
 }

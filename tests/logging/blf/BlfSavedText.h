@@ -27,6 +27,11 @@ struct BlfSaver
 inline constexpr BlfSaver blfCsvSaver{"csv", &BLF::BlfCsvWriter::saveCsv, &BLF::BlfCsvWriter::options, 1};
 inline constexpr BlfSaver blfAscSaver{"asc", &BLF::BlfAscWriter::saveAsc, &BLF::BlfAscWriter::options, 7};
 
+inline constexpr BLF::BlfExportOptions blfFramesAlone{.exportInternalEvents = false, .exportAdditionalInfo = false};
+inline constexpr BLF::BlfExportOptions blfWithEvents{.exportInternalEvents = true, .exportAdditionalInfo = false};
+inline constexpr BLF::BlfExportOptions blfWithInfo{.exportInternalEvents = false, .exportAdditionalInfo = true};
+inline constexpr BLF::BlfExportOptions blfWithAll{};
+
 /// The writers' options are those of the process: they are as before when this ends.
 class BlfOptionsGuard
 {
@@ -109,6 +114,19 @@ inline BLF::BlfFrame blfFdRecord(double time = 1)
     return frame;
 }
 
+/// A CAN FD frame whose numbers have as many digits as they can.
+inline BLF::BlfFrame blfGreatestRecord()
+{
+    constexpr std::uint32_t greatest = 4'294'967'295;
+    BLF::BlfFrame frame = blfFdRecord(18446744073709551615.0 * 1e-9);
+    frame.channel = frame.id = frame.frameLength = frame.arbBitrate = frame.dataBitrate = greatest;
+    frame.brsOffset = frame.crcDelOffset = frame.crc = greatest;
+    frame.bitCount = frame.arbBitCount = 65'535;
+    frame.dlc = 255;
+    frame.data = QByteArray(64, '\xFF');
+    return frame;
+}
+
 inline BLF::BlfFrame blfEventRecord(std::uint32_t frameType, const QString &description, double time = 1)
 {
     BLF::BlfFrame frame;
@@ -117,6 +135,17 @@ inline BLF::BlfFrame blfEventRecord(std::uint32_t frameType, const QString &desc
     frame.frameType = frameType;
     frame.description = description;
     return frame;
+}
+
+/// One of each type beside the frames, and one of a type that there is not; "a" to "h" unless without texts.
+inline BLF::BlfFrames blfEventRecords(bool withTexts = true)
+{
+    BLF::BlfFrames frames;
+    for (std::uint32_t type = BLF::FrameType::error; type <= BLF::FrameType::statistic + 1; ++type) {
+        const QChar text(static_cast<ushort>('a' + type - BLF::FrameType::error));
+        frames.push_back(blfEventRecord(type, withTexts ? QString(text) : QString()));
+    }
+    return frames;
 }
 
 } // namespace tztest
