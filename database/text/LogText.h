@@ -10,14 +10,26 @@
 
 namespace Common {
 
-/// Hands a toolkit text to the log functions; it becomes UTF-8 only if the line is really written.
+/// Hands a toolkit text to the log functions; it becomes UTF-8 only if the line is really written. A text longer than
+/// anybody reads is cut and ends in "...", so that a line costs little however long the names of a hostile file are.
 /// Lives no longer than the call that it is an argument of.
 struct LogText
 {
+    static constexpr qsizetype longest = 1000; ///< characters that a line shows of a text
+
     explicit LogText(QStringView textToLog)
         : text(textToLog)
     {
     }
+
+    QByteArray toUtf8() const
+    {
+        if (text.size() <= longest)
+            return text.toUtf8();
+        const bool splitsPair = text[longest - 1].isHighSurrogate();
+        return text.left(splitsPair ? longest - 1 : longest).toUtf8() + "...";
+    }
+
     QStringView text;
 };
 
@@ -27,7 +39,7 @@ template <> struct fmt::formatter<Common::LogText> : fmt::formatter<std::string_
 {
     template <typename Context> auto format(const Common::LogText &text, Context &context) const
     {
-        const QByteArray utf8 = text.text.toUtf8();
+        const QByteArray utf8 = text.toUtf8();
         return fmt::formatter<std::string_view>::format(
             std::string_view(utf8.constData(), static_cast<std::size_t>(utf8.size())), context);
     }
