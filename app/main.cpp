@@ -3,10 +3,12 @@
 #include "app/TzApplication.h"
 #include "app/TzStartup.h"
 #include "common/Utils.h"
+#include "common/platform/AllocatorPolicy.h"
 #include "common/ui/UiUtils.h"
 
 int main(int argc, char *argv[])
 {
+    Common::platform::keepMemoryLevel();
     TzStartup::installCrashHandling();
     TzStartup::prepareToolkit();
     TzApplication application(argc, argv);

@@ -2,6 +2,7 @@
 // Boxes that are opened and closed a thousand times with the main window, its views, their recorders and further
 // subscribers on them, under full load and error frames, half of the times with the box gone before it is closed.
 #include "common/Log.h"
+#include "common/platform/AllocatorPolicy.h"
 #include "logging/ui/LoggerWindow.h"
 #include "tests/app/AppFixture.h"
 #include "tests/integration/PlugProbe.h"
@@ -19,7 +20,6 @@
 #include <QLineEdit>
 
 #include <algorithm>
-#include <malloc.h>
 #include <vector>
 
 namespace tztest {
@@ -113,7 +113,7 @@ protected:
 
     PlugUnplug()
     {
-        ::mallopt(M_ARENA_MAX, 1); // else each of the threads that come and go may leave an area half used
+        Common::platform::keepMemoryLevel(); // as in the program
         Common::logInit(logFile, Common::LogLevel::info, 1, 2); // as in the program: nobody waits for a console
         Common::logStart(false);
         for (tzsim::Box *box : app.simulator.boxes()) {

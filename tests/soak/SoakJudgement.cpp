@@ -132,6 +132,8 @@ void SoakRun::judgeResources()
                     number(m_atRestAfter.descriptors), number(m_atRestBefore.descriptors));
     m_verdict.judge("threads at rest", m_atRestAfter.threads == m_atRestBefore.threads, number(m_atRestAfter.threads),
                     number(m_atRestBefore.threads));
+    m_verdict.tell("memory at rest, before and after",
+                   fmt::format("{:.1f} -> {:.1f} MiB", m_atRestBefore.residentMiB, m_atRestAfter.residentMiB));
 }
 
 // Opening and closing wait for the box, by design: that time is told, and not judged.

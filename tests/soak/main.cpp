@@ -2,6 +2,7 @@
 // The workbench on 16 simulated boxes for as long as one likes, with a restless user and boxes that go wrong; at the
 // end every frame must be accounted for. Everything stays on loopback. soak.sh starts it.
 #include "common/Log.h"
+#include "common/platform/AllocatorPolicy.h"
 #include "common/ui/WorkbenchStyle.h"
 #include "tests/soak/BoxesProcess.h"
 #include "tests/soak/SoakRun.h"
@@ -41,6 +42,7 @@ int runSoak(const tzsoak::SoakRun::Options &options)
 
 int main(int argc, char **argv)
 {
+    Common::platform::keepMemoryLevel(); // as in the program
     if (qEnvironmentVariableIsEmpty("TZVCI_NETWORK"))
         qputenv("TZVCI_NETWORK", "127.202.1");
     if (!TzVciNetwork::current().isLoopback()) {
