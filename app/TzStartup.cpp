@@ -129,6 +129,8 @@ void finish()
 {
     Common::CrashHandler::setTerminationCallback({});
     TzVciDeviceScanner::instance().cancel();
+    LdfFileManager::getInstance().requestHistoryEnd(); // both, so that neither goes on while the other is waited for
+    DbcFileManager::getInstance().requestHistoryEnd();
     LdfFileManager::getInstance().endHistoryLoad();
     DbcFileManager::getInstance().endHistoryLoad();
     Common::Utils::registerCrashHandler(nullptr); // it uses objects that end after main()

@@ -24,7 +24,7 @@
 ///  - Entry: a record with filePath and encoding, made once and never changed again
 ///  - static std::shared_ptr<const Entry> load(path, encoding): reads a file; logs its failures, which give null.
 ///    Never called twice at once by one manager.
-///  - static HistoryFile defaultHistoryFile()
+///  - static HistoryFile defaultHistoryFile(), or of another type with the same functions
 ///  - threadName, and the log texts
 ///
 /// Threads: every function may be called from any thread. Files are loaded one at a time under a lock of their own, so
@@ -35,10 +35,13 @@ template <typename Traits> class DatabaseFileManager
 {
 public:
     using Entry = typename Traits::Entry;
+    using History = decltype(Traits::defaultHistoryFile());
 
     static constexpr std::size_t maxFiles = 16;
+    /// Elements of a history that are taken over; no history of ours has as many.
+    static constexpr std::size_t maxHistoryFiles = 1000;
 
-    explicit DatabaseFileManager(HistoryFile history = Traits::defaultHistoryFile());
+    explicit DatabaseFileManager(History history = Traits::defaultHistoryFile());
     /// Ends the load, see endHistoryLoad().
     ~DatabaseFileManager();
     DatabaseFileManager(const DatabaseFileManager &) = delete;
@@ -48,7 +51,9 @@ public:
     /// run and the paths to come are taken over before the first file is read, so that a save meanwhile loses none.
     /// What a caller sets or adds meanwhile wins.
     void startHistoryLoad();
-    /// Ends the load after the file in hand and waits for that; files that were still to come stay in the history.
+    /// Lets the load end after the file in hand; files that were still to come stay in the history. Does not wait.
+    void requestHistoryEnd();
+    /// The same, and waits for that end.
     void endHistoryLoad();
 
     /// Loads a file, also one that is held already. Not saved: call saveHistory().
@@ -65,23 +70,27 @@ public:
     bool getCustomFile(const QString &key, QString &outValue) const;
     /// Stores and saves at once.
     void setCustomFile(const QString &key, const QString &value);
-    /// Writes the files held, those still to be loaded, and all keys.
+    /// Writes the files held, those still to be loaded, and all keys. A history that could not be used is not lost: it
+    /// is kept under another name.
     bool saveHistory();
 
 protected:
     using Files = std::map<QString, std::shared_ptr<const Entry>>;
 
     const Files &files() const { return m_files; } // with m_mutex held
+    /// Callers of addFile() that wait for a file in hand at this moment.
+    int waitingCallers() const { return m_loadMutex.waitingCallers(); }
 
-    mutable std::mutex m_mutex; // protects all data here and in derived classes; never held across a parse
+    mutable std::mutex m_mutex; // protects all data here and in derived classes; never held across a parse or a save
 
 private:
     enum class HistoryState
     {
         NotAsked,
-        Asked,
+        Asked, ///< to be taken over by whoever needs it first
         Taken,
-        Unusable
+        Missing,
+        Unusable ///< there, but to be set aside before anything is written
     };
     enum class Caller
     {
@@ -94,13 +103,16 @@ private:
     std::size_t loadPendingFiles();
     bool takeInHand(FileHistory::File &file);
     bool loadInHand(const FileHistory::File &file);
+    FileHistory historyToSave();
+    bool setUnusableHistoryAside(); // with m_saveMutex held
     // With m_mutex held:
     void takeHistory();
-    bool writeHistory();
+    void takeOver(FileHistory &&history);
     void dropPending(const QString &path);
 
-    const HistoryFile m_history;
+    const History m_history;
     CallersFirstMutex m_loadMutex; // held across a parse; taken before m_mutex
+    std::mutex m_saveMutex;        // held across a save, which waits for the disk; taken before m_mutex
     Files m_files;
     std::map<QString, QString> m_customFileMap;
     std::deque<FileHistory::File> m_pending;       // of the history, still to be loaded

@@ -7,12 +7,14 @@
 #include "common/Utils.h"
 #include "database/history/DatabaseFileManager.h"
 
+#include <QFile>
+
 #include <algorithm>
 #include <exception>
 #include <utility>
 
 template <typename Traits>
-DatabaseFileManager<Traits>::DatabaseFileManager(HistoryFile history)
+DatabaseFileManager<Traits>::DatabaseFileManager(History history)
     : m_history(std::move(history))
 {
 }
@@ -25,7 +27,7 @@ template <typename Traits> DatabaseFileManager<Traits>::~DatabaseFileManager()
 template <typename Traits> void DatabaseFileManager<Traits>::startHistoryLoad()
 {
     {
-        const std::lock_guard lock(m_mutex);
+        const std::scoped_lock lock(m_saveMutex, m_mutex); // a save that was begun before is read whole
         if (m_historyState != HistoryState::NotAsked)
             return;
         m_historyState = HistoryState::Asked; // from here on a save takes the history over before it writes
@@ -34,9 +36,14 @@ template <typename Traits> void DatabaseFileManager<Traits>::startHistoryLoad()
         Common::logError(Traits::loadException, "no thread left");
 }
 
-template <typename Traits> void DatabaseFileManager<Traits>::endHistoryLoad()
+template <typename Traits> void DatabaseFileManager<Traits>::requestHistoryEnd()
 {
     m_endRequested.store(true, std::memory_order_relaxed);
+}
+
+template <typename Traits> void DatabaseFileManager<Traits>::endHistoryLoad()
+{
+    requestHistoryEnd();
     m_loader.join();
 }
 
@@ -67,6 +74,8 @@ bool DatabaseFileManager<Traits>::loadFile(const QString &path, const QString &e
     if (!entry)
         return false;
     const std::lock_guard lock(m_mutex);
+    if (caller == Caller::User)
+        takeHistory(); // else a load that has just been started would take this file for one to come
     const bool isWanted = caller == Caller::User ? clearCount == m_clearCount : m_fileInHand.has_value();
     if (isWanted) {
         m_files.insert_or_assign(path, std::move(entry));
@@ -123,7 +132,7 @@ template <typename Traits> bool DatabaseFileManager<Traits>::takeInHand(FileHist
 
 template <typename Traits> bool DatabaseFileManager<Traits>::loadInHand(const FileHistory::File &file)
 {
-    if (!Common::Utils::fileExists(file.filePath.toStdString()))
+    if (!Common::Utils::fileExists(QFile::encodeName(file.filePath).toStdString()))
         Common::logWarning(Traits::noLongerExists, file.filePath.toStdString());
     else if (loadFile(file.filePath, file.encoding, Caller::History))
         return true;
@@ -132,28 +141,43 @@ template <typename Traits> bool DatabaseFileManager<Traits>::loadInHand(const Fi
     return false;
 }
 
+// After an exception the history is still to be taken over.
 template <typename Traits> void DatabaseFileManager<Traits>::takeHistory()
 {
     if (m_historyState != HistoryState::Asked)
         return;
-    m_historyState = HistoryState::Unusable;
     FileHistory history;
     QString problem;
     switch (m_history.read(history, problem)) {
     case HistoryFile::ReadResult::Missing:
+        m_historyState = HistoryState::Missing;
         Common::logInfo(Traits::historyMissing, m_history.path().toStdString());
         return;
     case HistoryFile::ReadResult::NotReadable:
+        m_historyState = HistoryState::Unusable;
         Common::logError(Traits::historyNotReadable, m_history.path().toStdString());
         return;
-    case HistoryFile::ReadResult::Malformed: Common::logError(Traits::historyMalformed, problem.toStdString()); return;
-    case HistoryFile::ReadResult::Ok:
-        m_pending.assign(history.files.begin(), history.files.end());
-        m_takenKeys = history.customFileMap.size();
-        m_customFileMap.merge(history.customFileMap); // keys that are there already stay
-        m_historyState = HistoryState::Taken;
+    case HistoryFile::ReadResult::Malformed:
+        m_historyState = HistoryState::Unusable;
+        Common::logError(Traits::historyMalformed, problem.toStdString());
         return;
+    case HistoryFile::ReadResult::Ok: takeOver(std::move(history)); return;
     }
+}
+
+template <typename Traits> void DatabaseFileManager<Traits>::takeOver(FileHistory &&history)
+{
+    const std::size_t listed = history.files.size();
+    history.files.resize(std::min(listed, maxHistoryFiles));
+    std::deque<FileHistory::File> pending(history.files.begin(), history.files.end());
+    // From here on nothing throws: it is taken over whole or not at all.
+    m_pending.swap(pending);
+    m_takenKeys = history.customFileMap.size();
+    m_customFileMap.merge(history.customFileMap); // keys that are there already stay
+    m_historyState = HistoryState::Taken;
+    if (listed > maxHistoryFiles)
+        Common::logWarning("History file {} lists {} files, the first {} are taken", m_history.path().toStdString(),
+                           listed, maxHistoryFiles);
 }
 
 template <typename Traits> bool DatabaseFileManager<Traits>::removeFile(const QString &path)
@@ -161,6 +185,7 @@ template <typename Traits> bool DatabaseFileManager<Traits>::removeFile(const QS
     if (path.isEmpty())
         return false;
     const std::lock_guard lock(m_mutex);
+    takeHistory(); // else a load that has just been started would bring it back
     if (m_files.erase(path) == 0) {
         Common::logWarning(Traits::notFoundForRemoval, path.toStdString());
         return false;
@@ -180,7 +205,7 @@ template <typename Traits> void DatabaseFileManager<Traits>::dropPending(const Q
 template <typename Traits> void DatabaseFileManager<Traits>::clear()
 {
     const std::lock_guard lock(m_mutex);
-    takeHistory(); // else a load that has just been started would bring it back
+    takeHistory(); // as in removeFile()
     m_files.clear();
     m_customFileMap.clear();
     m_pending.clear();
@@ -227,33 +252,19 @@ template <typename Traits> bool DatabaseFileManager<Traits>::getCustomFile(const
 
 template <typename Traits> void DatabaseFileManager<Traits>::setCustomFile(const QString &key, const QString &value)
 {
-    const std::lock_guard lock(m_mutex);
-    m_customFileMap.insert_or_assign(key, value);
-    writeHistory();
+    {
+        const std::lock_guard lock(m_mutex);
+        m_customFileMap.insert_or_assign(key, value);
+    }
+    saveHistory();
 }
 
 template <typename Traits> bool DatabaseFileManager<Traits>::saveHistory()
 {
-    const std::lock_guard lock(m_mutex);
-    return writeHistory();
-}
-
-template <typename Traits> bool DatabaseFileManager<Traits>::writeHistory()
-{
+    const std::lock_guard saving(m_saveMutex); // from the look at what is held on, so that the last save has the latest
     try {
-        takeHistory();
-        std::map<QString, QString> encodings; // by path; a file that is held counts more than one to come
-        for (const auto &[path, entry] : m_files)
-            encodings.emplace(path, entry->encoding);
-        if (m_fileInHand)
-            encodings.emplace(m_fileInHand->filePath, m_fileInHand->encoding);
-        for (const FileHistory::File &file : m_pending)
-            encodings.emplace(file.filePath, file.encoding);
-        FileHistory history;
-        for (const auto &[path, encoding] : encodings)
-            history.files.push_back({path, encoding});
-        history.customFileMap = m_customFileMap;
-        if (!m_history.write(history))
+        const FileHistory history = historyToSave();
+        if (!setUnusableHistoryAside() || !m_history.write(history))
             return false;
         Common::logInfo(Traits::historySaved, history.files.size(), history.customFileMap.size());
         return true;
@@ -261,4 +272,37 @@ template <typename Traits> bool DatabaseFileManager<Traits>::writeHistory()
         Common::logError(Traits::saveException, failure.what());
         return false;
     }
+}
+
+template <typename Traits> FileHistory DatabaseFileManager<Traits>::historyToSave()
+{
+    const std::lock_guard lock(m_mutex);
+    takeHistory();
+    std::map<QString, QString> encodings; // by path; a file that is held counts more than one to come
+    for (const auto &[path, entry] : m_files)
+        encodings.emplace(path, entry->encoding);
+    if (m_fileInHand)
+        encodings.emplace(m_fileInHand->filePath, m_fileInHand->encoding);
+    for (const FileHistory::File &file : m_pending)
+        encodings.emplace(file.filePath, file.encoding);
+    encodings.erase(QString()); // an element without a path is told when its turn comes
+    FileHistory history;
+    for (const auto &[path, encoding] : encodings)
+        history.files.push_back({path, encoding});
+    history.customFileMap = m_customFileMap;
+    return history;
+}
+
+template <typename Traits> bool DatabaseFileManager<Traits>::setUnusableHistoryAside()
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        if (m_historyState != HistoryState::Unusable)
+            return true;
+    }
+    if (!m_history.setAside())
+        return false;
+    const std::lock_guard lock(m_mutex);
+    m_historyState = HistoryState::Missing;
+    return true;
 }

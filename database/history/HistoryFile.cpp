@@ -6,10 +6,14 @@
 #include "common/Utils.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 
+#include <filesystem>
+#include <string>
+#include <system_error>
 #include <utility>
 
 namespace {
@@ -20,6 +24,12 @@ constexpr qint64 maxFileBytes = 16 * 1024 * 1024;
 const QLatin1String versionKey("version");
 const QLatin1String filePathKey("filePath");
 const QLatin1String customFileMapKey("customFileMap");
+
+// As the toolkit's files name it: in the locale's encoding.
+std::string nameOf(const QString &path)
+{
+    return QFile::encodeName(path).toStdString();
+}
 
 } // namespace
 
@@ -32,14 +42,14 @@ HistoryFile::HistoryFile(QString path, QLatin1String filesKey, QLatin1String enc
 
 HistoryFile::ReadResult HistoryFile::read(FileHistory &history, QString &problem) const
 {
-    QFile file(m_path);
-    if (!file.exists())
+    if (!QFileInfo::exists(m_path))
         return ReadResult::Missing;
-    if (!file.open(QIODevice::ReadOnly))
+    QFile file(m_path);
+    if (!QFileInfo(m_path).isFile() || !file.open(QIODevice::ReadOnly)) // a pipe would hold up the reader
         return ReadResult::NotReadable;
     const QByteArray bytes = file.read(maxFileBytes + 1);
     if (file.error() != QFileDevice::NoError)
-        return ReadResult::NotReadable; // a folder opens, but cannot be read
+        return ReadResult::NotReadable;
     if (bytes.size() > maxFileBytes) {
         problem = QStringLiteral("the file is too large");
         return ReadResult::Malformed;
@@ -64,9 +74,25 @@ HistoryFile::ReadResult HistoryFile::read(FileHistory &history, QString &problem
     return ReadResult::Ok;
 }
 
+bool HistoryFile::setAside() const
+{
+    if (!QFileInfo(m_path).isFile())
+        return true; // nothing that the user could have written
+    const QString keptPath = m_path + QStringLiteral(".bak");
+    std::error_code error;
+    std::filesystem::rename(nameOf(m_path), nameOf(keptPath), error);
+    if (error) {
+        Common::logError("Failed to keep the unusable history file {} as {}: {}", m_path.toStdString(),
+                         keptPath.toStdString(), error.message());
+        return false;
+    }
+    Common::logWarning("The unusable history file {} is kept as {}", m_path.toStdString(), keptPath.toStdString());
+    return true;
+}
+
 bool HistoryFile::write(const FileHistory &history) const
 {
-    if (!Common::Utils::ensureFilePath(m_path.toStdString())) {
+    if (!Common::Utils::ensureFilePath(nameOf(m_path))) {
         Common::logError("Failed to create config directory");
         return false;
     }

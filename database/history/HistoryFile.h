@@ -15,8 +15,8 @@ public:
     {
         Ok,
         Missing,
-        NotReadable,
-        Malformed, ///< no JSON, or more than 16 MiB
+        NotReadable, ///< also what is no file, such as a folder or a pipe
+        Malformed,   ///< no JSON, or more than 16 MiB
     };
 
     /// @param filesKey     the array of files in the file's object
@@ -29,6 +29,10 @@ public:
     /// is UTF-8. Logs nothing.
     /// @param problem  what is wrong with a malformed file
     ReadResult read(FileHistory &history, QString &problem) const;
+    /// Renames a file that could not be used, so that the next write does not destroy what the user may still save from
+    /// it; one that was set aside before is replaced. Logs where it went, or the failure.
+    /// @return false where it is still in its place
+    bool setAside() const;
     /// Replaces the file as a whole: what was there stays until all is written, unless the folder takes no new file.
     /// Makes the folder. Logs failures.
     bool write(const FileHistory &history) const;

@@ -18,7 +18,11 @@ namespace {
 class DatabaseFileManagerTest : public testing::Test
 {
 protected:
-    DatabaseFileManagerTest() { FakeParser::instance().reset(); }
+    DatabaseFileManagerTest()
+    {
+        FakeParser::instance().reset();
+        tztest::FakeDisk::instance().reset();
+    }
 
     tztest::TempWorkDir workDir;
     tztest::LogCapture log;

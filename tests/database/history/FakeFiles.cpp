@@ -83,6 +83,75 @@ std::shared_ptr<const FakeEntry> FakeParser::read(const QString &path, const QSt
     return std::make_shared<FakeEntry>(FakeEntry{path, encoding});
 }
 
+FakeDisk &FakeDisk::instance()
+{
+    static FakeDisk disk;
+    return disk;
+}
+
+void FakeDisk::reset()
+{
+    const std::lock_guard lock(m_mutex);
+    m_throwingReadings = 0;
+    m_throwingWritings = 0;
+    m_writings = 0;
+    m_heldUp = false;
+}
+
+void FakeDisk::throwAtReadings(int count)
+{
+    const std::lock_guard lock(m_mutex);
+    m_throwingReadings = count;
+}
+
+void FakeDisk::throwAtWritings(int count)
+{
+    const std::lock_guard lock(m_mutex);
+    m_throwingWritings = count;
+}
+
+void FakeDisk::holdUpWritings()
+{
+    const std::lock_guard lock(m_mutex);
+    m_heldUp = true;
+}
+
+void FakeDisk::letWritingsGo()
+{
+    const std::lock_guard lock(m_mutex);
+    m_heldUp = false;
+    m_changed.notify_all();
+}
+
+bool FakeDisk::waitUntilWriting()
+{
+    std::unique_lock lock(m_mutex);
+    return m_changed.wait_for(lock, std::chrono::seconds(20), [&] { return m_writings > 0; });
+}
+
+void FakeDisk::beforeReading()
+{
+    const std::lock_guard lock(m_mutex);
+    countDown(m_throwingReadings);
+}
+
+void FakeDisk::beforeWriting()
+{
+    std::unique_lock lock(m_mutex);
+    ++m_writings;
+    m_changed.notify_all();
+    m_changed.wait(lock, [&] { return !m_heldUp; });
+    countDown(m_throwingWritings);
+}
+
+void FakeDisk::countDown(int &throwing)
+{
+    if (throwing == 0)
+        return;
+    --throwing;
+    throw std::runtime_error("disk broke");
+}
+
 void touch(const QString &path)
 {
     writeFile(path, {});

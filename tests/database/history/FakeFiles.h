@@ -47,11 +47,57 @@ private:
     bool m_isReading = false;
 };
 
+/// Stands in for a disk with trouble: a test can let the next readings or writings of the history throw, or hold up
+/// the writings. Any thread.
+class FakeDisk
+{
+public:
+    static FakeDisk &instance();
+
+    void reset();
+    void throwAtReadings(int count);
+    void throwAtWritings(int count);
+    void holdUpWritings();
+    void letWritingsGo();
+    bool waitUntilWriting(); ///< false if nothing was written within 20 s
+
+    void beforeReading();
+    void beforeWriting();
+
+private:
+    static void countDown(int &throwing);
+
+    std::mutex m_mutex; // protects all below
+    std::condition_variable m_changed;
+    int m_throwingReadings = 0;
+    int m_throwingWritings = 0;
+    int m_writings = 0; // since reset()
+    bool m_heldUp = false;
+};
+
+/// A history file on the fake disk.
+class FakeHistoryFile : public HistoryFile
+{
+public:
+    using HistoryFile::HistoryFile;
+
+    ReadResult read(FileHistory &history, QString &problem) const
+    {
+        FakeDisk::instance().beforeReading();
+        return HistoryFile::read(history, problem);
+    }
+    bool write(const FileHistory &history) const
+    {
+        FakeDisk::instance().beforeWriting();
+        return HistoryFile::write(history);
+    }
+};
+
 struct FakeTraits
 {
     using Entry = FakeEntry;
 
-    static HistoryFile defaultHistoryFile()
+    static FakeHistoryFile defaultHistoryFile()
     {
         return {QStringLiteral("config/fake.json"), QLatin1String("files"), QLatin1String("encoding")};
     }
@@ -74,7 +120,12 @@ struct FakeTraits
     static constexpr const char *saveException = "save exception: {}";
 };
 
-using FakeManager = DatabaseFileManager<FakeTraits>;
+class FakeManager : public DatabaseFileManager<FakeTraits>
+{
+public:
+    using DatabaseFileManager::DatabaseFileManager;
+    using DatabaseFileManager::waitingCallers;
+};
 
 /// Makes an empty file below the working directory.
 void touch(const QString &path);

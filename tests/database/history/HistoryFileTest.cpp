@@ -11,6 +11,10 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+
+#include <sys/stat.h>
+
 namespace {
 
 class HistoryFileTest : public testing::Test
@@ -101,6 +105,49 @@ TEST_F(HistoryFileTest, TellsWhatIsWrongWithTheFile)
     EXPECT_TRUE(history.files.empty());
 }
 
+TEST_F(HistoryFileTest, NestingBeyondMeasureIsMalformed)
+{
+    constexpr int levels = 100'000;
+    QByteArray keys("{\"customFileMap\": ");
+    for (int i = 0; i < levels; ++i)
+        keys += "{\"k\": ";
+    for (const QByteArray &content :
+         {QByteArray(levels, '['), keys, "{\"dbcFiles\": " + QByteArray(levels, '[') + QByteArray(levels, ']') + "}"}) {
+        tztest::writeFile("config/history.json", content);
+        problem.clear();
+        EXPECT_EQ(file.read(history, problem), HistoryFile::ReadResult::Malformed);
+        EXPECT_FALSE(problem.isEmpty());
+    }
+    EXPECT_TRUE(history.files.empty() && history.customFileMap.empty());
+}
+
+TEST_F(HistoryFileTest, APipeIsNotReadable)
+{
+    QDir().mkpath("config");
+    ASSERT_EQ(::mkfifo("config/history.json", 0600), 0);
+    EXPECT_EQ(file.read(history, problem), HistoryFile::ReadResult::NotReadable); // and nobody waits for a writer
+}
+
+TEST_F(HistoryFileTest, AFolderWithBlanksAndChineseCharactersInEveryLocale)
+{
+    const HistoryFile chinese{QStringLiteral("目录 一/历史.json"), QLatin1String("dbcFiles"),
+                              QLatin1String("encoding")};
+    history.files = {{"目录 一/温度 a.dbc", "GB18030"}};
+    for (const char *name : {"UTF-8", "GB18030"}) {
+        const tztest::LocaleCodec codec(name);
+        ASSERT_TRUE(chinese.write(history)) << name;
+        FileHistory read;
+        ASSERT_EQ(chinese.read(read, problem), HistoryFile::ReadResult::Ok) << name;
+        ASSERT_EQ(read.files.size(), 1U);
+        EXPECT_EQ(read.files[0].filePath, "目录 一/温度 a.dbc") << name;
+        EXPECT_TRUE(chinese.setAside());
+        EXPECT_EQ(chinese.read(read, problem), HistoryFile::ReadResult::Missing) << name;
+        EXPECT_TRUE(QFile::exists("目录 一/历史.json.bak")) << name;
+        EXPECT_TRUE(QDir("目录 一").removeRecursively()); // nobody else understands its name
+    }
+    EXPECT_EQ(log.count(2, "The unusable history file 目录 一/历史.json is kept as 目录 一/历史.json.bak"), 2U);
+}
+
 TEST_F(HistoryFileTest, AFileInPlaceOfTheFolder)
 {
     tztest::touch("config");
@@ -119,11 +166,15 @@ TEST_F(HistoryFileTest, AFolderInPlaceOfTheFile)
 TEST_F(HistoryFileTest, AWriteThatFallsShortIsToldAndLeavesWhatWasThere)
 {
     tztest::writeFile("config/history.json", "old");
-    history.files = {{QString(1'000'000, 'c'), "UTF-8"}};
-    {
-        const tztest::FileSizeLimit limit(500'000);
-        EXPECT_FALSE(file.write(history));
+    std::size_t attempts = 0;
+    for (const auto &[size, room] :
+         {std::pair(1'000'000, 500'000U), std::pair(510'000, 500'000U), std::pair(1'000, 0U)}) {
+        history.files = {{QString(size, 'c'), "UTF-8"}};
+        {
+            const tztest::FileSizeLimit limit(room);
+            EXPECT_FALSE(file.write(history)) << size;
+        }
+        EXPECT_EQ(log.countContaining(3, "Failed to write config file config/history.json: "), ++attempts);
+        EXPECT_EQ(tztest::readFile("config/history.json"), "old") << size;
     }
-    EXPECT_EQ(log.countContaining(3, "Failed to write config file config/history.json: "), 1U);
-    EXPECT_EQ(tztest::readFile("config/history.json"), "old");
 }
