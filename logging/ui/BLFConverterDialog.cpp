@@ -189,7 +189,7 @@ void BLFConverterDialog::onResetClicked()
     m_internalEventsBox->setChecked(true);
     m_additionalInfoBox->setChecked(true);
     m_log->clear();
-    m_progressBar->reset();
+    m_progressBar->setValue(0);
     m_progressBar->hide();
 }
 
@@ -237,14 +237,13 @@ BlfConverter::Result BLFConverterDialog::run(const BlfConversionJob &job)
     m_progressBar->show();
     BlfConverter converter(
         m_parser, {.report = [this](const QString &text, bool isError) { onProcessReport(text, noProgress, isError); },
-                   .mayGoOn = [this] { return mayGoOn(); }});
+                   .mayGoOn = Common::handlePendingEvents});
     return converter.convert(job);
 }
 
 void BLFConverterDialog::setProcessing(bool processing)
 {
     m_processing = processing;
-    m_toldToEnd = false;
     if (processing)
         m_log->setFocus(); // not on to Reset, where a key that was meant for Start would land
     m_settings->setEnabled(!processing);
@@ -255,13 +254,6 @@ void BLFConverterDialog::setProcessing(bool processing)
     m_startButton->setFocus();
     if (m_warning)
         m_warning->close(); // what it tells is no longer so
-}
-
-bool BLFConverterDialog::mayGoOn()
-{
-    if (!m_toldToEnd)
-        m_toldToEnd = !Common::handlePendingEvents();
-    return !m_toldToEnd;
 }
 
 // Waits in no event loop of its own: the conversion goes on below it.
@@ -290,7 +282,7 @@ void BLFConverterDialog::onProcessReport(const QString &text, int value, bool is
         m_progressBar->setValue(value);
         m_progressBar->show();
     }
-    mayGoOn();
+    static_cast<void>(Common::handlePendingEvents()); // a run asks for itself whether to go on
 }
 
 void BLFConverterDialog::onProcessReport(const QString &text, int value)

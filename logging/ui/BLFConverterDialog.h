@@ -73,7 +73,6 @@ private:
     bool mayStart(const BLF::BlfConversionJob &job);
     BLF::BlfConverter::Result run(const BLF::BlfConversionJob &job);
     void setProcessing(bool processing);
-    bool mayGoOn();
     void warnThatItRuns();
     void showSuccess(const QString &path);
     void openOnDesktop(const QString &path);
@@ -83,7 +82,6 @@ private:
     QString m_lastFolder;    // of the log that was chosen last
     QString m_typedProposal; // the output that the log's path as typed so far led to
     bool m_processing = false;
-    bool m_toldToEnd = false;        // the program, during the run
     QPointer<QMessageBox> m_warning; // one at a time
 
     // Children of this dialog.
