@@ -157,8 +157,7 @@ void readTiming(const QString &block, LdfNode &node)
         target = Numbers::doubleOrZero(match.capturedView(2));
         has = true;
     };
-    for (auto matches = pattern.globalMatch(block); matches.hasNext();) {
-        const auto match = matches.next();
+    Sections::forEachMatch(pattern, block, [&](const QRegularExpressionMatch &match) {
         const QString name = match.captured(1);
         if (name == QLatin1String("P2_min"))
             take(match, node.p2Min, hasP2);
@@ -168,7 +167,7 @@ void readTiming(const QString &block, LdfNode &node)
             take(match, node.nAsTimeout, hasAs);
         else
             take(match, node.nCrTimeout, hasCr);
-    }
+    });
     if (node.protocol.contains(QLatin1String("ISO17987"), Qt::CaseInsensitive) && !(hasP2 && hasSt && hasAs && hasCr))
         logWarning("ISO17987 node {} missing timing parameters: P2_min={}, ST_min={}, N_As={}, N_Cr={}",
                    LogText(node.name), hasP2, hasSt, hasAs, hasCr);

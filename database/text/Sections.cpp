@@ -9,6 +9,16 @@
 
 namespace Common::Sections {
 
+namespace {
+
+void reportFailure(const QRegularExpression &pattern, const QString &text)
+{
+    Common::logError("The pattern {} could not be applied to a text of {} characters", LogText(pattern.pattern()),
+                     text.size());
+}
+
+} // namespace
+
 std::optional<Range> findWord(QStringView text, std::span<const QStringView> words, qsizetype from)
 {
     TextCursor cursor(text, from);
@@ -54,11 +64,19 @@ std::optional<QStringView> findSection(QStringView text, QStringView name, std::
 QRegularExpressionMatch match(const QRegularExpression &pattern, const QString &text)
 {
     QRegularExpressionMatch result = pattern.match(text);
-    if (!result.isValid()) {
-        Common::logError("The pattern {} could not be applied to a text of {} characters", LogText(pattern.pattern()),
-                         text.size());
-    }
+    if (!result.isValid())
+        reportFailure(pattern, text);
     return result;
+}
+
+void forEachMatch(const QRegularExpression &pattern, const QString &text,
+                  const std::function<void(const QRegularExpressionMatch &)> &take)
+{
+    auto matches = pattern.globalMatch(text);
+    while (matches.hasNext())
+        take(matches.next());
+    if (!matches.isValid())
+        reportFailure(pattern, text);
 }
 
 } // namespace Common::Sections

@@ -5,6 +5,7 @@
 #include <QString>
 #include <QStringView>
 
+#include <functional>
 #include <optional>
 #include <span>
 
@@ -32,5 +33,9 @@ std::optional<QStringView> findSection(QStringView text, QStringView name, std::
 /// Applies a pattern to a short text. A failure of the engine (its limits, a broken text) is logged at error level and
 /// gives a match that has none.
 QRegularExpressionMatch match(const QRegularExpression &pattern, const QString &text);
+
+/// Hands every match of a pattern to @p take, in order. A failure of the engine is logged the same way and ends them.
+void forEachMatch(const QRegularExpression &pattern, const QString &text,
+                  const std::function<void(const QRegularExpressionMatch &)> &take);
 
 } // namespace Common::Sections

@@ -88,3 +88,31 @@ TEST(Sections, AFailureOfTheEngineIsAnErrorLineAndNoMatch)
     EXPECT_FALSE(Sections::match(QRegularExpression(QStringLiteral("y?")), broken).hasMatch());
     EXPECT_EQ(log.countContaining(LogLevel::error, "could not be applied"), 1U);
 }
+
+TEST(Sections, EveryMatchIsHandedOutInOrder)
+{
+    const tztest::LogCapture log;
+    QStringList found;
+    const auto take = [&found](const QRegularExpressionMatch &match) { found += match.captured(1); };
+    Sections::forEachMatch(QRegularExpression(QStringLiteral("(\\w)=")), QStringLiteral("a= b c=d="), take);
+    EXPECT_EQ(found, QStringList({QStringLiteral("a"), QStringLiteral("c"), QStringLiteral("d")}));
+    EXPECT_EQ(log.countContaining(LogLevel::error, ""), 0U);
+}
+
+TEST(Sections, AFailureOfTheEngineEndsTheMatchesWithAnErrorLine)
+{
+    const tztest::LogCapture log;
+    int found = 0;
+    const auto count = [&found](const QRegularExpressionMatch &) { ++found; };
+    QString broken = QStringLiteral("x");
+    broken[0] = QChar(0xD800);
+    Sections::forEachMatch(QRegularExpression(QStringLiteral("y?")), broken, count);
+    EXPECT_EQ(found, 0);
+    EXPECT_EQ(log.countContaining(LogLevel::error, "could not be applied"), 1U);
+    // The limit is too low for what stands behind the first match.
+    const QRegularExpression limited(QStringLiteral("(*LIMIT_MATCH=50)(*NO_JIT)x|(?:a+)+b"));
+    ASSERT_TRUE(limited.isValid());
+    Sections::forEachMatch(limited, u'x' + QString(100, u'a'), count);
+    EXPECT_EQ(found, 1);
+    EXPECT_EQ(log.countContaining(LogLevel::error, "could not be applied"), 2U);
+}
