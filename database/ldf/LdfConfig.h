@@ -12,7 +12,8 @@
 #include <map>
 #include <vector>
 
-/// All that is kept of one LIN description file. A plain value; copies share nothing but the texts' buffers.
+/// All that is kept of one LIN description file. A plain value; copies share nothing that changes, but the texts'
+/// buffers and the signals' encodings.
 struct LdfConfig
 {
     LdfProtocolVersion protocolVersion = LdfProtocolVersion::unknown;

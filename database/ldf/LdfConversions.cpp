@@ -83,16 +83,32 @@ int partWidth(std::uint16_t size, std::size_t parts)
     return width > 8 ? 0 : width;
 }
 
+// Takes the next part of a list between commas, empty ones left out; false behind the last.
+bool takePart(QStringView &list, QStringView &part)
+{
+    while (list.startsWith(u','))
+        list = list.mid(1);
+    const qsizetype end = list.indexOf(u',');
+    part = end < 0 ? list : list.left(end);
+    list = list.mid(part.size());
+    return !part.isEmpty();
+}
+
+// An array may have any number of parts. All count, for the width, but only those that lie within the value are read.
 std::uint64_t rawByteArray(const QString &text, std::uint16_t size)
 {
     QString inside = text;
     inside.remove(u'{').remove(u'}');
-    const QStringList parts = inside.split(u',', Qt::SkipEmptyParts);
-    const int width = partWidth(size, static_cast<std::size_t>(parts.size()));
+    QStringView part;
+    std::size_t parts = 0;
+    for (QStringView rest(inside); takePart(rest, part);)
+        ++parts;
+    const int width = partWidth(size, parts);
     const std::uint64_t mask = (std::uint64_t{1} << width) - 1;
     std::uint64_t raw = 0;
-    for (int index = 0; width > 0 && index < parts.size() && index * width < rawBits; ++index)
-        raw |= (Common::Numbers::integerOrZero<std::uint64_t>(parts[index]) & mask) << (index * width);
+    QStringView rest(inside);
+    for (int shift = 0; width > 0 && shift < rawBits && takePart(rest, part); shift += width)
+        raw |= (Common::Numbers::integerOrZero<std::uint64_t>(part) & mask) << shift;
     return raw;
 }
 

@@ -21,6 +21,16 @@ void addPhysicalRange(const LdfMatch &match, LdfEncoding &encoding)
     encoding.physicalRanges[range.maxRaw] = range;
 }
 
+// False where the key is too large, and the pair is left out; one that is no number is 0.
+bool addLogicalValue(const LdfMatch &match, LdfEncoding &encoding)
+{
+    const auto key = readLdfCInteger<std::uint32_t>(match[1]);
+    if (!key && isLdfCNumber(match[1]))
+        return false;
+    encoding.logicalValues[key.value_or(0)] = match.text(2);
+    return true;
+}
+
 // False where nothing of the encoding could be read.
 bool readValues(QStringView text, LdfEncoding &encoding)
 {
@@ -30,11 +40,7 @@ bool readValues(QStringView text, LdfEncoding &encoding)
             addPhysicalRange(physical, encoding);
             hasValue = true;
         } else if (const LdfMatch logical = matchLdfLogicalValue(part)) {
-            const auto key = readLdfCInteger<std::uint32_t>(logical[1]);
-            if (!key)
-                continue;
-            encoding.logicalValues[*key] = logical.text(2);
-            hasValue = true;
+            hasValue |= addLogicalValue(logical, encoding);
         }
     }
     return hasValue;
@@ -53,13 +59,13 @@ bool readLdfEncodings(const QString &text, const LdfReading &reading)
         const LdfMatch start = matchLdfBlockStart(part);
         if (!start)
             continue;
-        LdfEncoding encoding;
-        encoding.name = start.text(1);
-        if (!readValues(part.mid(start.end), encoding)) {
-            logError("Failed to parse encoding values for {}", LogText(encoding.name));
+        auto encoding = std::make_shared<LdfEncoding>();
+        encoding->name = start.text(1);
+        if (!readValues(part.mid(start.end), *encoding)) {
+            logError("Failed to parse encoding values for {}", LogText(encoding->name));
             return false;
         }
-        reading.encodings[encoding.name] = encoding;
+        reading.encodings[encoding->name] = encoding;
     }
     return true;
 }

@@ -8,6 +8,8 @@
 #include "database/ldf/LdfStatements.h"
 #include "database/text/LogText.h"
 
+#include <utility>
+
 namespace Common {
 namespace {
 
@@ -41,7 +43,7 @@ bool readFrame(const QString &part, const LdfMatch &match, const LdfReading &rea
         !reading.rules.validateFrame(frame))
         return false;
     frame.isMasterFrame = frame.publisher == reading.config.master.name;
-    reading.config.frames[frame.name] = frame;
+    reading.config.frames[frame.name] = std::move(frame);
     return true;
 }
 
@@ -110,8 +112,8 @@ bool readLdfDiagnosticFrames(const QString &text, const LdfReading &reading)
         if (frame != nullptr && !readLdfFrameSignals(match[3], *frame, reading))
             return false;
     }
-    reading.config.diagnosticFrames[request.name] = request;
-    reading.config.diagnosticFrames[response.name] = response;
+    reading.config.diagnosticFrames[request.name] = std::move(request);
+    reading.config.diagnosticFrames[response.name] = std::move(response);
     return true;
 }
 
@@ -158,7 +160,7 @@ bool readLdfEventTriggeredFrames(const QString &text, const LdfReading &reading)
             }
             frame->second.isEventTriggered = true;
         }
-        reading.config.eventTriggeredFrames[event.name] = event;
+        reading.config.eventTriggeredFrames[event.name] = std::move(event);
     }
     return true;
 }

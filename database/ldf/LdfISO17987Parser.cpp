@@ -173,6 +173,12 @@ bool LdfISO17987Parser::validateScheduleTable(const LdfScheduleTable &table)
     return true;
 }
 
+void LdfISO17987Parser::forgetFile()
+{
+    m_acceptedTables.clear();
+    m_tableAccepted = false;
+}
+
 bool LdfISO17987Parser::checkDiagnosticTable(const LdfScheduleTable &table) const
 {
     std::optional<double> requestMs;
@@ -233,8 +239,9 @@ double LdfISO17987Parser::responseTimeMs(const LdfFrame &frame) const
 {
     if (isPublishedByMaster(frame))
         return 0.0;
+    static const LdfNode unknown;
     const LdfNode *slave = findSlave(frame.publisher);
-    const LdfNode publisher = slave == nullptr ? LdfNode() : *slave;
+    const LdfNode &publisher = slave == nullptr ? unknown : *slave;
     return bitTimeMs() * frame.size * bitsPerByte + publisher.timeBase + publisher.jitter + publisher.p2Min;
 }
 

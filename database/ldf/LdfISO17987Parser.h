@@ -26,9 +26,12 @@ public:
 
     /// Longest time from the header to the end of the response, in ms; 0 for a frame of the master.
     double responseTimeMs(const LdfFrame &frame) const;
-    /// True once a schedule table has been accepted, and the names of those that were.
+    /// True once a schedule table of the file has been accepted, and the names of those that were.
     bool hasAcceptedTable() const noexcept { return m_tableAccepted; }
     const QStringList &acceptedTables() const noexcept { return m_acceptedTables; }
+
+protected:
+    void forgetFile() override;
 
 private:
     void checkNad(const LdfNode &node) const;

@@ -17,6 +17,7 @@
 #include <algorithm>
 #include <array>
 #include <memory>
+#include <utility>
 
 namespace Common {
 namespace {
@@ -91,13 +92,14 @@ bool LdfParser::loadLdfConfig(LdfConfig &outConfig, const QString &path, const Q
     const std::unique_ptr<LdfParser> parser(createParser(path, encoding));
     if (parser == nullptr || !parser->parseFile(path, encoding))
         return false;
-    outConfig = parser->config();
+    outConfig = std::move(parser->m_config);
     return true;
 }
 
 bool LdfParser::parseFile(const QString &path, const QString &encoding)
 {
     clear();
+    forgetFile();
     m_filePath = path;
     logInfo("Load LDF file: {}, {}", LogText(path), LogText(encoding));
     std::optional<QString> raw = TextFile::read(path, encoding);
@@ -120,6 +122,7 @@ void LdfParser::clear()
     m_filePath.clear();
     m_signals.clear();
     m_encodings.clear();
+    m_eventUpdates = 0;
 }
 
 bool LdfParser::readHeader(const QString &text)
@@ -160,12 +163,15 @@ bool LdfParser::readSections(const QString &text)
     return true;
 }
 
+// All copies of a signal have the text and the size of the one they were made of, so its text is read only once.
 void LdfParser::fillInitialValues()
 {
+    for (auto &[name, signal] : m_signals)
+        signal.value = rawInitialValue(signal.initialValue, signal.size);
     for (auto *frames : {&m_config.frames, &m_config.diagnosticFrames}) {
         for (auto &[frameName, frame] : *frames) {
-            for (auto &[signalName, signal] : frame.signals)
-                signal.value = rawInitialValue(signal.initialValue, signal.size);
+            for (auto &[name, signal] : frame.signals)
+                signal.value = m_signals.at(name).value;
         }
     }
 }
@@ -237,8 +243,11 @@ double LdfParser::bitTimeMs() const noexcept
     return m_config.busSpeed > 0.0 ? 1000.0 / (m_config.busSpeed * 1000.0) : 0.0;
 }
 
+void LdfParser::forgetFile() {}
+
 void LdfParser::takeCollisionDelay(LdfFrame &frame, const LdfEventTriggeredFrame &eventFrame)
 {
+    ++m_eventUpdates;
     if (const auto delay = m_lookups.longestDelay(eventFrame.collisionTable))
         frame.maxPeriod = *delay;
 }

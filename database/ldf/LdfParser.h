@@ -7,7 +7,9 @@
 #include <QObject>
 #include <QString>
 
+#include <cstddef>
 #include <map>
+#include <memory>
 
 namespace Common {
 
@@ -39,7 +41,7 @@ public:
     const LdfConfig &config() const noexcept { return m_config; }
     const QString &filePath() const noexcept { return m_filePath; }
 
-    // The rules that standards add. Where one returns false, the file is refused.
+    // The rules that standards add. Where one returns false, the file is refused, but for updateFrameTiming().
 
     /// Node attributes of the protocol, from the node's block of attributes.
     virtual bool parseProtocolConfig(const QString &attributesText, LdfNode &node);
@@ -48,14 +50,22 @@ public:
     virtual bool validateNodeConfig(const LdfNode &node);
     virtual bool validateFrame(const LdfFrame &frame);
     virtual bool validateScheduleTable(const LdfScheduleTable &table);
-    /// Called after each slot that has set the frame's periods; the result is for callers of their own.
+    /// Called after each slot that has set the frame's periods. False, for a frame whose publisher is not known, leaves
+    /// the periods as they are and the file as good as it was.
     virtual bool updateFrameTiming(LdfFrame &frame);
     /// Called for each member of an event-triggered frame that has a slot.
     virtual void updateEventTriggeredFrame(LdfFrame &frame, const LdfEventTriggeredFrame &eventFrame);
     virtual void printProtocolSummary();
     virtual void printNodeSummary();
 
+    /// How often takeCollisionDelay() has been called for this file. A reader gives up a file with far too many slots
+    /// of event-triggered frames with far too many members.
+    std::size_t eventUpdates() const noexcept { return m_eventUpdates; }
+
 protected:
+    /// Called before a file is read: drops what a standard's rules have noted of the file before.
+    virtual void forgetFile();
+
     /// Warns of parts of the product identifier beyond what is recommended; always true.
     static bool checkProductId(const LdfNode &node, std::int32_t functionMaximum);
 
@@ -65,7 +75,8 @@ protected:
     LdfLookups &lookups() noexcept { return m_lookups; }
     /// Time of one bit on the bus, in ms; 0 for a bus without speed.
     double bitTimeMs() const noexcept;
-    /// Sets the frame's longest period to the longest delay of the collision table, where one is named and exists.
+    /// Sets the frame's longest period to the longest delay of the collision table, where one is named and exists. To
+    /// be called once in each updateEventTriggeredFrame() that does something.
     void takeCollisionDelay(LdfFrame &frame, const LdfEventTriggeredFrame &eventFrame);
 
 private:
@@ -77,8 +88,9 @@ private:
     LdfConfig m_config;
     LdfLookups m_lookups{m_config};
     QString m_filePath;
-    std::map<QString, LdfSignal> m_signals;     // while reading
-    std::map<QString, LdfEncoding> m_encodings; // while reading
+    std::size_t m_eventUpdates = 0;
+    std::map<QString, LdfSignal> m_signals;                            // while reading
+    std::map<QString, std::shared_ptr<const LdfEncoding>> m_encodings; // while reading
 };
 
 } // namespace Common

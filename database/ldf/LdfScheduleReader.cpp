@@ -10,12 +10,17 @@
 #include "database/text/TextLines.h"
 
 #include <cmath>
+#include <unordered_map>
+#include <unordered_set>
+#include <utility>
+#include <vector>
 
 namespace Common {
 namespace {
 
 constexpr double noPeriod = 1e-6; // ms; a shorter period is none
-// How often members of event-triggered frames may be updated, slots times members: far beyond any real cluster.
+// How often a standard's rules may update members of event-triggered frames, slots times members: far beyond any real
+// cluster.
 constexpr std::size_t memberUpdatesAllowed = 200'000;
 
 struct TableText
@@ -127,9 +132,9 @@ bool readTable(const TableText &source, const LdfReading &reading)
                                                                      : readEntry(part, reading.config, entry);
         if (!isRead)
             return false;
-        table.entries.push_back(entry);
+        table.entries.push_back(std::move(entry));
     }
-    reading.config.scheduleTables.push_back(table);
+    reading.config.scheduleTables.push_back(std::move(table));
     return true;
 }
 
@@ -153,29 +158,57 @@ void updatePeriods(LdfFrame &frame, const LdfScheduleEntry &entry, std::uint32_t
         frame.minPeriod = entry.delay;
 }
 
-// False where a hostile file would keep the reader busy for hours.
-bool applyEntry(const LdfScheduleEntry &entry, std::uint32_t type, const LdfReading &reading,
-                std::size_t &memberUpdates)
+// Takes slots over to the frames that they name.
+class SlotReader
 {
-    if (LdfFrame *frame = findFrame(entry.frameName, reading.config)) {
-        updatePeriods(*frame, entry, type);
-        reading.rules.updateFrameTiming(*frame); // what it finds wrong it logs; the table stands
+public:
+    explicit SlotReader(const LdfReading &reading)
+        : m_reading(reading)
+    {
     }
-    const auto event = reading.config.eventTriggeredFrames.find(entry.frameName);
-    if (event == reading.config.eventTriggeredFrames.end())
-        return true;
-    memberUpdates += static_cast<std::size_t>(event->second.frames.size());
-    if (memberUpdates > memberUpdatesAllowed) {
-        logError("Too many slots for event triggered frame {}", LogText(entry.frameName));
+
+    // False where a hostile file would keep the reader busy for hours.
+    bool apply(const LdfScheduleEntry &entry, std::uint32_t type)
+    {
+        if (LdfFrame *frame = findFrame(entry.frameName, m_reading.config)) {
+            updatePeriods(*frame, entry, type);
+            m_reading.rules.updateFrameTiming(*frame); // what it finds wrong it logs; the table stands
+        }
+        const auto event = m_reading.config.eventTriggeredFrames.find(entry.frameName);
+        return event == m_reading.config.eventTriggeredFrames.end() || updateMembers(event->second);
+    }
+
+private:
+    using Members = std::vector<LdfFrame *>;
+
+    bool updateMembers(const LdfEventTriggeredFrame &event)
+    {
+        for (LdfFrame *member : membersOf(event))
+            m_reading.rules.updateEventTriggeredFrame(*member, event);
+        if (m_reading.rules.eventUpdates() <= memberUpdatesAllowed)
+            return true;
+        logError("Too many slots for event triggered frame {}", LogText(event.name));
         return false;
     }
-    for (const QString &name : event->second.frames) {
-        const auto member = reading.config.frames.find(name);
-        if (member != reading.config.frames.end())
-            reading.rules.updateEventTriggeredFrame(member->second, event->second);
+
+    // The frames that the event lists, each once; looked up for the first slot only.
+    const Members &membersOf(const LdfEventTriggeredFrame &event)
+    {
+        const auto [members, isNew] = m_members.try_emplace(&event);
+        if (!isNew)
+            return members->second;
+        std::unordered_set<const LdfFrame *> seen;
+        for (const QString &name : event.frames) {
+            const auto frame = m_reading.config.frames.find(name);
+            if (frame != m_reading.config.frames.end() && seen.insert(&frame->second).second)
+                members->second.push_back(&frame->second);
+        }
+        return members->second;
     }
-    return true;
-}
+
+    const LdfReading &m_reading;
+    std::unordered_map<const LdfEventTriggeredFrame *, Members> m_members;
+};
 
 } // namespace
 
@@ -195,10 +228,10 @@ bool readLdfSchedules(const QString &text, const LdfReading &reading)
 
 bool applyLdfSchedules(const LdfReading &reading)
 {
-    std::size_t memberUpdates = 0;
+    SlotReader slotReader(reading);
     for (const LdfScheduleTable &table : reading.config.scheduleTables) {
         for (const LdfScheduleEntry &entry : table.entries) {
-            if (!entry.frameName.isEmpty() && !applyEntry(entry, table.type, reading, memberUpdates))
+            if (!entry.frameName.isEmpty() && !slotReader.apply(entry, table.type))
                 return false;
         }
         if (table.name.isEmpty())

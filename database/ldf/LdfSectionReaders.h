@@ -7,7 +7,7 @@
 #include <QStringView>
 
 #include <map>
-#include <optional>
+#include <memory>
 
 namespace Common {
 
@@ -19,7 +19,7 @@ struct LdfReading
     LdfParser &rules; ///< asked for what the file's standard adds
     LdfConfig &config;
     std::map<QString, LdfSignal> &signals;
-    std::map<QString, LdfEncoding> &encodings;
+    std::map<QString, std::shared_ptr<const LdfEncoding>> &encodings;
 
     bool isNode(const QString &name) const { return name == config.master.name || config.slaves.count(name) > 0; }
 };

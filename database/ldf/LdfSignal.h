@@ -7,9 +7,9 @@
 #include <QStringList>
 
 #include <cstdint>
-#include <optional>
+#include <memory>
 
-/// One signal. A frame holds copies of its signals, each with its own place, value and encoding.
+/// One signal. A frame holds copies of its signals, each with its own place and value.
 struct LdfSignal
 {
     QString name;
@@ -19,6 +19,8 @@ struct LdfSignal
     QString initialValue;       ///< as written; a byte array keeps its braces
     QString publisher;          ///< empty for diagnostic signals
     QStringList subscribers;
-    std::optional<LdfEncoding> encoding; ///< the signal's own copy
+    /// Null for none. Never changed once it is made, so all signals of an encoding hold the same one, however many they
+    /// are; to change a signal's encoding, give it a new one.
+    std::shared_ptr<const LdfEncoding> encoding;
     QString comment;
 };

@@ -7,6 +7,9 @@
 #include "database/ldf/LdfStatements.h"
 #include "database/text/LogText.h"
 
+#include <optional>
+#include <utility>
+
 namespace Common {
 namespace {
 
@@ -46,12 +49,13 @@ bool isValidDiagnosticSignal(const LdfSignal &signal, const LdfReading &reading)
            (signal.publisher.isEmpty() || reading.isNode(signal.publisher));
 }
 
-void represent(const LdfEncoding &encoding, QStringView signalList, std::map<QString, LdfSignal> &signals)
+void represent(const std::shared_ptr<const LdfEncoding> &encoding, QStringView signalList,
+               std::map<QString, LdfSignal> &signals)
 {
     for (const QString &name : ldfCommaList(signalList)) {
         const auto signal = signals.find(name);
         if (signal == signals.end())
-            logWarning("Signal {} not found for encoding {}", LogText(name), LogText(encoding.name));
+            logWarning("Signal {} not found for encoding {}", LogText(name), LogText(encoding->name));
         else
             signal->second.encoding = encoding;
     }
@@ -68,7 +72,7 @@ bool readLdfSignals(const QString &text, const LdfReading &reading)
     }
     for (const QStringView line : ldfParts(*section, u'\n')) {
         if (auto signal = readSignalLine(line))
-            reading.signals[signal->name] = *signal;
+            reading.signals[signal->name] = *std::move(signal);
     }
     return true;
 }

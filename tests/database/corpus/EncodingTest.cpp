@@ -133,7 +133,7 @@ TEST_P(EncodingCorpus, LdfKeepsUnitsAndDescriptions)
     ASSERT_TRUE(Common::LdfParser::loadLdfConfig(config, write(QStringLiteral("own.ldf"), bytes),
                                                  QString::fromLatin1(encoding.codec)));
     const LdfSignal &signal = config.frames.at(QStringLiteral("Coolant")).signals.at(QStringLiteral("Temperature"));
-    ASSERT_TRUE(signal.encoding.has_value());
+    ASSERT_TRUE(signal.encoding);
     EXPECT_EQ(signal.encoding->physicalRanges.at(254).unit, encoding.unitText);
     EXPECT_EQ(signal.encoding->logicalValues.at(255), encoding.descriptionText);
 }

@@ -7,6 +7,7 @@
 #include "tests/database/corpus/LdfSignalRules.h"
 
 #include <algorithm>
+#include <memory>
 
 namespace tzcorpus {
 
@@ -67,7 +68,7 @@ QStringList compareHeader(const LdfGolden &golden, const LdfConfig &actual)
     return result.differences();
 }
 
-QStringList linesOf(const std::optional<LdfEncoding> &encoding)
+QStringList linesOf(const std::shared_ptr<const LdfEncoding> &encoding)
 {
     if (!encoding)
         return {};

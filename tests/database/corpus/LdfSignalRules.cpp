@@ -6,6 +6,7 @@
 #include <QRegularExpression>
 
 #include <algorithm>
+#include <memory>
 
 namespace tzcorpus {
 
@@ -83,16 +84,16 @@ constexpr LdfSignalRule signalRules[] = {
     {"LDF range replaced", "of ranges that end at the same raw value the last one is kept", &lastRange},
 };
 
-LdfEncoding encodingOf(const QString &name, const std::vector<GoldenLdfValue> &values)
+std::shared_ptr<const LdfEncoding> encodingOf(const QString &name, const std::vector<GoldenLdfValue> &values)
 {
-    LdfEncoding encoding;
-    encoding.name = name;
+    auto encoding = std::make_shared<LdfEncoding>();
+    encoding->name = name;
     for (const GoldenLdfValue &value : values) {
         if (value.type == QLatin1String("physical"))
-            encoding.physicalRanges[value.maximum] = {value.minimum, value.maximum, value.scale, value.offset,
-                                                      value.unit};
+            encoding->physicalRanges[value.maximum] = {value.minimum, value.maximum, value.scale, value.offset,
+                                                       value.unit};
         else if (value.type == QLatin1String("logical"))
-            encoding.logicalValues[value.value] = value.text;
+            encoding->logicalValues[value.value] = value.text;
     }
     return encoding;
 }

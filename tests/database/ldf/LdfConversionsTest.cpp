@@ -6,6 +6,8 @@
 #include <array>
 #include <cmath>
 #include <limits>
+#include <map>
+#include <memory>
 
 namespace {
 
@@ -28,12 +30,15 @@ LdfFrame makeFrame(int size, std::initializer_list<LdfSignal> frameSignals)
     return frame;
 }
 
-LdfSignal withRanges(std::initializer_list<LdfPhysicalRange> ranges, std::uint64_t value = 0)
+LdfSignal withEncoding(std::initializer_list<LdfPhysicalRange> ranges, std::uint64_t value = 0,
+                       const std::map<std::uint32_t, QString> &logicalValues = {})
 {
-    LdfSignal signal = makeSignal("S", 0, 16, value);
-    signal.encoding.emplace();
+    auto encoding = std::make_shared<LdfEncoding>();
     for (const LdfPhysicalRange &range : ranges)
-        signal.encoding->physicalRanges[range.maxRaw] = range;
+        encoding->physicalRanges[range.maxRaw] = range;
+    encoding->logicalValues = logicalValues;
+    LdfSignal signal = makeSignal("S", 0, 16, value);
+    signal.encoding = encoding;
     return signal;
 }
 
@@ -147,39 +152,38 @@ TEST(LdfFormatSignalValue, WithoutEncodingIsTheRawValue)
 {
     EXPECT_EQ(formatSignalValue(makeSignal("S", 0, 64, 0xFFFF'FFFF'FFFF'FFFFU)),
               QStringLiteral("18446744073709551615"));
-    LdfSignal signal = makeSignal("S", 0, 8, 3);
-    signal.encoding.emplace();
+    const LdfSignal signal = withEncoding({}, 3); // or with nothing in it
     EXPECT_EQ(formatSignalValue(signal), QStringLiteral("3"));
     EXPECT_TRUE(getSignalUnit(signal).isEmpty());
 }
 
 TEST(LdfFormatSignalValue, ShowsLogicalValuesFirst)
 {
-    LdfSignal signal = withRanges({{0, 255, 0.5, -10.0, QStringLiteral("V")}}, 0x10003);
-    signal.encoding->logicalValues[3] = QStringLiteral("%1 stays");
+    const LdfSignal signal =
+        withEncoding({{0, 255, 0.5, -10.0, QStringLiteral("V")}}, 0x10003, {{3, QStringLiteral("%1 stays")}});
     EXPECT_EQ(formatSignalValue(signal), QStringLiteral("3 - %1 stays")); // by the low 16 bits
 }
 
 TEST(LdfFormatSignalValue, ScalesBySixDigits)
 {
-    EXPECT_EQ(formatSignalValue(withRanges({{0, 255, 0.5, -10.0, QStringLiteral("%2 V")}}, 41)),
+    EXPECT_EQ(formatSignalValue(withEncoding({{0, 255, 0.5, -10.0, QStringLiteral("%2 V")}}, 41)),
               QStringLiteral("10.5 %2 V"));
-    EXPECT_EQ(formatSignalValue(withRanges({{0, 255, 1.0, 0.0, QStringLiteral("rpm")}}, 12345678)),
+    EXPECT_EQ(formatSignalValue(withEncoding({{0, 255, 1.0, 0.0, QStringLiteral("rpm")}}, 12345678)),
               QStringLiteral("1.23457e+07 rpm"));
-    EXPECT_EQ(formatSignalValue(withRanges({{0, 255, 1.0, 0.0, QString()}}, 7)), QStringLiteral("7 "));
+    EXPECT_EQ(formatSignalValue(withEncoding({{0, 255, 1.0, 0.0, QString()}}, 7)), QStringLiteral("7 "));
 }
 
 TEST(LdfFormatSignalValue, OfSeveralRangesOnlyTheUpperEndSelectsItsOwn)
 {
     const std::initializer_list<LdfPhysicalRange> ranges{{0, 100, 1.0, 0.0, QStringLiteral("a")},
                                                          {101, 200, 2.0, 0.0, QStringLiteral("b")}};
-    EXPECT_EQ(formatSignalValue(withRanges(ranges, 100)), QStringLiteral("100 a"));
-    EXPECT_EQ(formatSignalValue(withRanges(ranges, 150)), QStringLiteral("150 a"));
-    EXPECT_EQ(formatSignalValue(withRanges(ranges, 200)), QStringLiteral("400 b"));
-    EXPECT_EQ(formatSignalValue(withRanges(ranges, 5)), QStringLiteral("5 a"));
-    EXPECT_EQ(formatSignalValue(withRanges(ranges, 201)), QStringLiteral("201 a"));
-    EXPECT_EQ(getSignalUnit(withRanges(ranges, 200)), QStringLiteral("b"));
-    EXPECT_EQ(getSignalUnit(withRanges(ranges, 150)), QStringLiteral("a"));
+    EXPECT_EQ(formatSignalValue(withEncoding(ranges, 100)), QStringLiteral("100 a"));
+    EXPECT_EQ(formatSignalValue(withEncoding(ranges, 150)), QStringLiteral("150 a"));
+    EXPECT_EQ(formatSignalValue(withEncoding(ranges, 200)), QStringLiteral("400 b"));
+    EXPECT_EQ(formatSignalValue(withEncoding(ranges, 5)), QStringLiteral("5 a"));
+    EXPECT_EQ(formatSignalValue(withEncoding(ranges, 201)), QStringLiteral("201 a"));
+    EXPECT_EQ(getSignalUnit(withEncoding(ranges, 200)), QStringLiteral("b"));
+    EXPECT_EQ(getSignalUnit(withEncoding(ranges, 150)), QStringLiteral("a"));
 }
 
 TEST(LdfSignalRangeOf, WrapsAtSixtyFourBits)
@@ -189,7 +193,7 @@ TEST(LdfSignalRangeOf, WrapsAtSixtyFourBits)
     EXPECT_EQ(getSignalRange(makeSignal("S", 0, 64)).maximum, 0.0);
     EXPECT_EQ(getSignalRange(makeSignal("S", 0, 65)).maximum, 1.0);
     EXPECT_EQ(getSignalRange(makeSignal("S", 0, 63)).minimum, 0.0);
-    const LdfSignalRange limits = getSignalRange(withRanges({{0, 1, 1.0, 0.0, {}}}));
+    const LdfSignalRange limits = getSignalRange(withEncoding({{0, 1, 1.0, 0.0, {}}}));
     EXPECT_EQ(limits.minimum, -1.7976931348623157e308);
     EXPECT_EQ(limits.maximum, 1.7976931348623157e308);
 }
@@ -216,8 +220,8 @@ TEST(LdfSignalValueValid, RawValuesReachTheTrueMaximum)
 
 TEST(LdfSignalValueValid, PhysicalValuesLieInARangeOrNameALogicalValue)
 {
-    LdfSignal signal = withRanges({{0, 100, -0.5, 10.0, {}}}); // -40 to 10, turned round by the factor
-    signal.encoding->logicalValues[250] = QStringLiteral("error");
+    // -40 to 10, turned round by the factor
+    const LdfSignal signal = withEncoding({{0, 100, -0.5, 10.0, {}}}, 0, {{250, QStringLiteral("error")}});
     EXPECT_TRUE(isSignalValueValid(-40.0, signal));
     EXPECT_TRUE(isSignalValueValid(10.0, signal));
     EXPECT_FALSE(isSignalValueValid(10.1, signal));
@@ -246,12 +250,18 @@ TEST(LdfSortedSignals, ByStartBitNameOrSize)
     EXPECT_EQ(frame.signals[QStringLiteral("B")].value, 5U);
 }
 
-TEST(LdfSignalCopies, OwnTheirEncoding)
+TEST(LdfSignalCopies, KeepTheirEncodingWhateverBecomesOfTheOriginal)
 {
-    const LdfSignal original = withRanges({{0, 1, 1.0, 0.0, QStringLiteral("V")}});
-    LdfSignal copy = original;
-    copy.encoding->physicalRanges[1].unit = QStringLiteral("A");
-    EXPECT_EQ(original.encoding->physicalRanges.at(1).unit, QStringLiteral("V"));
+    LdfSignal original = withEncoding({{0, 1, 1.0, 0.0, QStringLiteral("V")}});
+    const LdfSignal copy = original;
+    EXPECT_EQ(copy.encoding, original.encoding); // however many copies there are, the record is there once
+    auto changed = std::make_shared<LdfEncoding>(*original.encoding);
+    changed->physicalRanges[1].unit = QStringLiteral("A");
+    original.encoding = changed;
+    EXPECT_EQ(getSignalUnit(original), QStringLiteral("A"));
+    EXPECT_EQ(getSignalUnit(copy), QStringLiteral("V"));
+    original = LdfSignal();
+    EXPECT_EQ(getSignalUnit(copy), QStringLiteral("V"));
 }
 
 } // namespace

@@ -80,6 +80,32 @@ TEST(LdfSchedules, TableStillOpenAtTheEndIsDroppedWithAWarning)
     EXPECT_TRUE(log.has(2, "Schedule table 'SingleLine' is not closed, it is left out"));
 }
 
+TEST(LdfSchedules, TableEndsOnlyOnTheLineThatBringsItsDepthToZero)
+{
+    LdfSource source;
+    // The opening line counts as one brace; two closing ones make the depth negative, and one more is needed.
+    source.schedules = text("T { {\nStatus1 delay 5 ms }}\n{\n}\nNext {\nStatus2 delay 7 ms;\n}");
+    const auto config = loadLdf(source);
+    ASSERT_TRUE(config);
+    ASSERT_EQ(config->scheduleTables.size(), 2U);
+    EXPECT_EQ(config->scheduleTables[0].name, text("T"));
+    ASSERT_EQ(config->scheduleTables[0].entries.size(), 1U);
+    EXPECT_EQ(config->scheduleTables[0].entries[0].frameName, text("Status1"));
+    EXPECT_EQ(config->scheduleTables[1].name, text("Next"));
+    EXPECT_EQ(config->scheduleTables[1].entries.size(), 1U);
+}
+
+TEST(LdfSchedules, TwoClosingBracesOnOneLineDoNotEndATable)
+{
+    tztest::LogCapture log;
+    LdfSource source;
+    source.schedules += text("\nT { {\nStatus1 delay 5 ms;\n}}");
+    const auto config = loadLdf(source);
+    ASSERT_TRUE(config);
+    EXPECT_EQ(config->scheduleTables.size(), 1U);
+    EXPECT_TRUE(log.has(2, "Schedule table 'T' is not closed, it is left out"));
+}
+
 TEST(LdfSchedules, TypesFollowTheNames)
 {
     LdfSource source;

@@ -120,17 +120,6 @@ TEST(LdfHostile, BlocksWithinBlocksAreGivenUp)
     EXPECT_EQ(log.countContaining(3, "Blocks are nested too deeply"), 1U);
 }
 
-TEST(LdfHostile, EventTriggeredFramesWithTooManySlotsAreGivenUp)
-{
-    tztest::LogCapture log;
-    LdfSource source;
-    source.eventFrames =
-        QStringLiteral("Event: Normal, 0x30, ") + repeated("Status1,", 160'000) + QStringLiteral("Status1;");
-    source.schedules += QStringLiteral("\nT {\n") + repeated("Event delay 5 ms;\n", 180'000) + u'}';
-    EXPECT_FALSE(loadsInTime(source.text().toUtf8()));
-    EXPECT_TRUE(log.has(3, "Too many slots for event triggered frame Event"));
-}
-
 TEST(LdfHostile, NumbersBeyondSixtyFourBitsReadZero)
 {
     const QString huge(400, u'9');

@@ -6,9 +6,16 @@
 #include "tests/database/ldf/LdfSource.h"
 #include "tests/support/LogCapture.h"
 
+#include <QTemporaryFile>
+
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
+#include <memory>
+#include <string>
+#include <vector>
 
 namespace {
 
@@ -61,6 +68,14 @@ TEST(LdfProtocol, UnknownIsoEditionCountsAsLin20AndGetsTheBaseParser)
     ASSERT_TRUE(config);
     EXPECT_EQ(config->protocolVersion, LdfProtocolVersion::lin20);
     EXPECT_FALSE(log.has(1, "ISO17987 Specific Configuration:"));
+    QTemporaryFile file;
+    ASSERT_TRUE(file.open());
+    file.write(source.text().toUtf8());
+    ASSERT_TRUE(file.flush());
+    const std::unique_ptr<Common::LdfParser> parser(
+        Common::LdfParser::createParser(file.fileName(), QStringLiteral("UTF-8")));
+    ASSERT_NE(parser, nullptr);
+    EXPECT_EQ(parser->metaObject(), &Common::LdfParser::staticMetaObject);
 }
 
 TEST(LdfProtocol, InABlockCommentIsNotSeen)
@@ -118,6 +133,36 @@ TEST(LdfSummary, TellsTheCounts)
     for (const char *line : {"No signal encoding types section found", "No diagnostic signals section found",
                              "No signal representation section found"})
         EXPECT_TRUE(log.has(1, line)) << line;
+}
+
+TEST(LdfSummary, HasItsOrder)
+{
+    LdfSource source;
+    source.setProtocol("J2602_3_1.0"); // its lines stand among the others; its nodes are of another protocol
+    source.nodes.replace(text(", Slave2"), QString());
+    source.attributes = LdfSource::slaveAttributes("Slave1", "1", "Error1");
+    source.frames = source.frames.left(source.frames.indexOf(text("Status2")));
+    source.signalList.replace(text("Error2: 1, 0, Slave2"), text("Error2: 1, 0, Slave1"));
+    source.schedules.replace(text("Status2 delay 20 ms;"), QString());
+    tztest::LogCapture log;
+    ASSERT_TRUE(loadLdf(source));
+    std::vector<std::string> lines;
+    for (const auto &line : log.lines())
+        lines.push_back(line.text);
+    const auto begin = std::find(lines.begin(), lines.end(), "LDF Configuration Summary:");
+    ASSERT_NE(begin, lines.end());
+    lines.erase(lines.begin(), begin);
+    ASSERT_FALSE(lines.empty());
+    EXPECT_THAT(lines.back(), testing::StartsWith("LDF file parsed successfully: "));
+    lines.pop_back();
+    EXPECT_THAT(lines, testing::ElementsAre("LDF Configuration Summary:", "  Protocol Version: J2602 3.1.0",
+                                            "  Bus Speed: 19.2 kbps", "  Master Node: Master1", "  Slave Nodes: 1",
+                                            "J2602 Specific Configuration:", "  Standard Baud Rate: 19.2 kbps",
+                                            "  Broadcast Frames: 0", "  Slave Node: Slave1", "    Configured NAD: 0x01",
+                                            "    Response Tolerance: 40.0%%", "    Configurable Frames: 0",
+                                            "Frame Statistics:", "  Frames: 2", "  Diagnostic Frames: 0",
+                                            "  Sporadic Frames: 0", "  Event Triggered Frames: 0", "  Total Signals: 4",
+                                            "  Schedule Tables: 1"));
 }
 
 struct RefusedCase
@@ -269,6 +314,16 @@ TEST(LdfSignals, AreReadInBothForms)
     EXPECT_TRUE(log.has(2, "Invalid signal format: this is nothing"));
 }
 
+TEST(LdfSignals, LineOfBlanksAloneIsNoSignalWhileAnEmptyOneIsNothing)
+{
+    tztest::LogCapture log;
+    LdfSource source;
+    source.signalList.replace(text("Master1;\nError2"), text("Master1;\n\n  \t\n\nError2"));
+    ASSERT_TRUE(loadLdf(source));
+    EXPECT_EQ(log.count(2, "Invalid signal format: "), 1U);
+    EXPECT_EQ(log.countContaining(2, "Invalid signal format"), 1U);
+}
+
 TEST(LdfSignals, EachFrameHasItsOwnCopyAndPlace)
 {
     LdfSource source;
@@ -310,13 +365,54 @@ TEST(LdfEncodings, AreReadAndRepresented)
     EXPECT_TRUE(log.has(2, "Invalid signal representation format: nonsense"));
 }
 
+TEST(LdfEncodings, KeyThatIsNoNumberReadsZeroAndOneTooLargeIsLeftOut)
+{
+    LdfSource source;
+    source.encodings = text("Octal {\nlogical_value, 08, \"eight\";\n}\n"
+                            "Mixed {\nlogical_value, 010, \"ten\";\nlogical_value, 4294967295, \"most\";\n"
+                            "logical_value, 4294967296, \"beyond\";\nlogical_value, 99999999999, \"lost\";\n"
+                            "logical_value, 0x100000000, \"hex\";\nlogical_value, 0777777777777777, \"octal\";\n}");
+    source.representations = text("Octal: Level1;\nMixed: Command;");
+    const auto config = loadLdf(source);
+    ASSERT_TRUE(config);
+    using Texts = std::map<std::uint32_t, QString>;
+    EXPECT_EQ(config->frames.at(text("Status1")).signals.at(text("Level1")).encoding->logicalValues,
+              (Texts{{0, text("eight")}}));
+    EXPECT_EQ(config->frames.at(text("CommandFrame")).signals.at(text("Command")).encoding->logicalValues,
+              (Texts{{8, text("ten")}, {4294967295U, text("most")}}));
+}
+
+TEST(LdfEncodings, WithKeysTooLargeAloneRefuseTheFile)
+{
+    tztest::LogCapture log;
+    LdfSource source;
+    source.encodings = text("Lost {\nlogical_value, 99999999999, \"lost\";\n}");
+    EXPECT_FALSE(loadLdf(source));
+    EXPECT_TRUE(log.has(3, "Failed to parse encoding values for Lost"));
+}
+
+TEST(LdfEncodings, AreThereOnceHoweverManySignalsHaveThem)
+{
+    LdfSource source;
+    source.encodings = text("E {\nlogical_value, 0, \"off\";\n}");
+    source.representations = text("E: Level1, Command;\nE: Error1;");
+    const auto config = loadLdf(source);
+    ASSERT_TRUE(config);
+    const auto &status = config->frames.at(text("Status1")).signals;
+    ASSERT_TRUE(status.at(text("Level1")).encoding);
+    EXPECT_EQ(status.at(text("Level1")).encoding, status.at(text("Error1")).encoding);
+    EXPECT_EQ(status.at(text("Level1")).encoding,
+              config->frames.at(text("CommandFrame")).signals.at(text("Command")).encoding);
+    EXPECT_FALSE(config->frames.at(text("Status2")).signals.at(text("Error2")).encoding);
+}
+
 TEST(LdfNodeChecks, NamesMustNotBeEmpty)
 {
     tztest::LogCapture log;
     Common::LdfParser rules;
     LdfConfig config;
     std::map<QString, LdfSignal> signalMap;
-    std::map<QString, LdfEncoding> encodings;
+    std::map<QString, std::shared_ptr<const LdfEncoding>> encodings;
     config.master.type = LdfNodeType::master;
     EXPECT_FALSE(Common::validateLdfNodes({rules, config, signalMap, encodings}));
     EXPECT_TRUE(log.has(3, "Node name cannot be empty"));

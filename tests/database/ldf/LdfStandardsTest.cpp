@@ -179,6 +179,56 @@ TEST(LdfJ2602, FrameOfAnUnknownPublisherIsRefused)
     EXPECT_EQ(log.count(3, "Publisher node 'Ghost' not found for frame 'F'"), 2U);
 }
 
+TEST(LdfJ2602, SlotOfAResponseWithoutSlavesIsAnErrorLineAndTheFileStands)
+{
+    LdfSource source = j2602Source();
+    source.nodes = QStringLiteral("Master: Master1, 5 ms, 0.1 ms;");
+    source.attributes.clear();
+    source.frames = QStringLiteral("CommandFrame: 0x10, Master1, 8 {\nCommand, 0;\n}");
+    source.diagnosticSignals = QStringLiteral("B0: 8, 0;");
+    source.diagnosticFrames = QStringLiteral("MasterReq: 0x3C { B0, 0; }\nSlaveResp: 0x3D { B0, 0; }");
+    source.schedules = QStringLiteral("Normal {\nCommandFrame delay 10 ms;\nSlaveResp delay 30 ms;\n}");
+    tztest::LogCapture log;
+    const auto config = loadLdf(source);
+    ASSERT_TRUE(config);
+    EXPECT_EQ(log.count(3, "Publisher node '' not found for frame 'SlaveResp'"), 1U);
+    EXPECT_EQ(config->diagnosticFrames.at(QStringLiteral("SlaveResp")).minPeriod, 30.0);
+}
+
+TEST(LdfJ2602, EventTriggeredMembersAreUpdatedAgainAfterASlotOfTheirOwn)
+{
+    LdfSource source = j2602Source();
+    source.eventFrames = QStringLiteral("Event: Collision, 0x25, Status1, Status1;");
+    source.schedules = QStringLiteral("Normal {\nEvent delay 5 ms;\nStatus1 delay 30 ms;\nEvent delay 5 ms;\n}\n"
+                                      "Collision {\nCommandFrame delay 17 ms;\n}");
+    Common::LdfJ2602Parser parser;
+    parseInto(parser, source);
+    EXPECT_EQ(parser.config().frames.at(QStringLiteral("Status1")).maxPeriod, 17.0); // not the slot's 30
+    EXPECT_EQ(parser.eventUpdates(), 2U); // a member that is listed twice is one
+}
+
+TEST(LdfJ2602, CollisionTableThatDoesNotExistLeavesThePeriods)
+{
+    LdfSource source = j2602Source();
+    source.eventFrames = QStringLiteral("Event: Nowhere, 0x25, Status1;");
+    source.schedules = QStringLiteral("Normal {\nStatus1 delay 30 ms;\nEvent delay 5 ms;\n}");
+    const auto config = loadLdf(source);
+    ASSERT_TRUE(config);
+    EXPECT_EQ(config->frames.at(QStringLiteral("Status1")).maxPeriod, 30.0);
+}
+
+TEST(LdfJ2602, SubscribersAreFoundWhicheverListIsLonger)
+{
+    LdfSource source =
+        j2602Source("0x61", "response_tolerance = 40 %; configurable_frames { CommandFrame; OtherFrame; }");
+    source.frames.replace(QStringLiteral("Other, 0;"), QStringLiteral("Other, 0;\nMore, 1;\nEnough, 2;"));
+    source.signalList += QStringLiteral("\nMore: 1, 0, Master1, Nobody;\nEnough: 1, 0, Master1, Slave1;");
+    EXPECT_TRUE(loadLdf(source)); // two signals received; three are in the frame, one is in the other
+    source.signalList.replace(QStringLiteral("Enough: 1, 0, Master1, Slave1"),
+                              QStringLiteral("Enough: 1, 0, Master1, Nobody"));
+    EXPECT_FALSE(loadLdf(source));
+}
+
 TEST(LdfJ2602, DiagnosticTableNeedsRequestAndResponse)
 {
     tztest::LogCapture log;
@@ -221,15 +271,27 @@ TEST(LdfJ2602, BusWithoutSpeedHasFiniteTimes)
     EXPECT_EQ(config->frames.at(QStringLiteral("Status1")).minPeriod, 20.0);
 }
 
-TEST(LdfIso17987, SlaveFrameBelow0x20FailsUnlessConfigurable)
+TEST(LdfIso17987, SlaveFrameOfId0x10FailsUnlessConfigurable)
 {
     tztest::LogCapture log;
     LdfSource source = isoSource();
-    source.frames.replace(QStringLiteral("0x21"), QStringLiteral("0x11"));
+    source.frames.replace(QStringLiteral("0x10"), QStringLiteral("0x11")); // the master may have any
+    source.frames.replace(QStringLiteral("0x21"), QStringLiteral("0x10"));
     EXPECT_FALSE(loadLdf(source));
-    EXPECT_TRUE(log.has(3, "Slave frame Status1 has invalid ID 0x11 (must be 0x20-0x3F or configurable)"));
+    EXPECT_TRUE(log.has(3, "Slave frame Status1 has invalid ID 0x10 (must be 0x20-0x3F or configurable)"));
     source.attributes = isoSource("configurable_frames { Status1; }").attributes;
     EXPECT_TRUE(loadLdf(source));
+}
+
+TEST(LdfIso17987, IdsOfSlaveFramesBeginAt0x20)
+{
+    tztest::LogCapture log;
+    LdfSource source = isoSource();
+    source.frames.replace(QStringLiteral("0x21"), QStringLiteral("0x20"));
+    EXPECT_TRUE(loadLdf(source));
+    source.frames.replace(QStringLiteral("0x20"), QStringLiteral("0x1F"));
+    EXPECT_FALSE(loadLdf(source));
+    EXPECT_TRUE(log.has(3, "Slave frame Status1 has invalid ID 0x1F (must be 0x20-0x3F or configurable)"));
 }
 
 TEST(LdfIso17987, TimingOutOfRangeIsLoggedAndKept)

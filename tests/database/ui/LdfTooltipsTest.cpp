@@ -7,6 +7,9 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
+#include <memory>
+
 using tztest::expectedBody;
 using tztest::tooltipBody;
 
@@ -26,6 +29,12 @@ LdfSignal makeSignal()
     signal.name = "Signal";
     signal.publisher = "Slave";
     return signal;
+}
+
+std::shared_ptr<const LdfEncoding> makeEncoding(const std::map<std::uint32_t, LdfPhysicalRange> &ranges,
+                                                const std::map<std::uint32_t, QString> &texts)
+{
+    return std::make_shared<const LdfEncoding>(LdfEncoding{QString(), ranges, texts});
 }
 
 bool contains(const std::string &text, const char *part)
@@ -97,9 +106,7 @@ TEST(LdfTooltips, ASignalWithEveryLine)
 {
     LdfSignal signal = makeSignal();
     signal.subscribers = QStringList{"A", "B"};
-    signal.encoding = LdfEncoding();
-    signal.encoding->physicalRanges = {{100, {0, 100, 0.5, -40.0, "degC"}}};
-    signal.encoding->logicalValues = {{255, "invalid"}, {254, "init"}};
+    signal.encoding = makeEncoding({{100, {0, 100, 0.5, -40.0, "degC"}}}, {{255, "invalid"}, {254, "init"}});
     signal.comment = QString(101, 'c');
     EXPECT_EQ(tooltipBody(buildSignalTooltip(signal)),
               expectedBody(
@@ -118,13 +125,15 @@ TEST(LdfTooltips, ASignalWithEveryLine)
 TEST(LdfTooltips, LimitsOfTheLists)
 {
     LdfSignal signal = makeSignal();
-    signal.encoding = LdfEncoding();
+    std::map<std::uint32_t, LdfPhysicalRange> ranges;
+    std::map<std::uint32_t, QString> texts;
     for (std::uint32_t i = 1; i <= 12; ++i) {
         signal.subscribers.append(QString("N%1").arg(i));
-        signal.encoding->logicalValues[i] = QString("L%1").arg(i);
+        texts[i] = QString("L%1").arg(i);
         if (i <= 5)
-            signal.encoding->physicalRanges[i] = {i, i, 1.0, 0.0, ""};
+            ranges[i] = {i, i, 1.0, 0.0, ""};
     }
+    signal.encoding = makeEncoding(ranges, texts);
     const std::string body = tooltipBody(buildSignalTooltip(signal));
     EXPECT_TRUE(contains(body, "N5</div>\n<div class='indent'>... and 7 more subscribers</div></div>"));
     EXPECT_TRUE(contains(body, "(factor: 1, offset: 0)</div>\n<div class='indent'>... and 2 more physical value "
@@ -137,9 +146,7 @@ TEST(LdfTooltips, WhatAFileSaysIsPlainText)
 {
     LdfSignal signal = makeSignal();
     signal.subscribers = QStringList("<s>");
-    signal.encoding = LdfEncoding();
-    signal.encoding->physicalRanges = {{1, {0, 1, 1.0, 0.0, "<%1>"}}};
-    signal.encoding->logicalValues = {{1, "%1 <l>"}};
+    signal.encoding = makeEncoding({{1, {0, 1, 1.0, 0.0, "<%1>"}}}, {{1, "%1 <l>"}});
     signal.comment = "<c> & %1";
     const std::string body = tooltipBody(buildSignalTooltip(signal));
     for (const char *part :
