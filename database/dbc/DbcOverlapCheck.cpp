@@ -18,18 +18,21 @@ namespace {
 constexpr std::uint32_t nobody = std::numeric_limits<std::uint32_t>::max();
 constexpr std::size_t classicBits = 64;
 
+// Signals begin in the 64 bytes of a frame, but some may be thousands of bits long. Two that share a bit further on
+// than the byte behind the frame both have the whole of that byte, so nothing need be looked at beyond it.
+constexpr std::uint32_t comparedBits = 65 * 8;
+
 // A signal of thousands of bits, as a damaged file may hold, is not worth a line of their numbers.
-constexpr std::size_t mostBitsShown = 64;
+constexpr std::uint16_t mostBitsShown = 64;
 
 std::string bitsText(const DbcSignal &signal)
 {
     std::string text;
-    std::size_t shown = 0;
-    DbcOccupiedBits::forEach(signal.startBit, signal.size, signal.isBigEndian, [&](std::uint16_t bit) {
-        if (shown++ < mostBitsShown)
-            fmt::format_to(std::back_inserter(text), "{}{}", text.empty() ? "" : ", ", bit);
-    });
-    return shown > mostBitsShown ? text + ", ..." : text;
+    const auto append = [&text](std::uint16_t bit) {
+        fmt::format_to(std::back_inserter(text), "{}{}", text.empty() ? "" : ", ", bit);
+    };
+    DbcOccupiedBits::forEach(signal.startBit, std::min(signal.size, mostBitsShown), signal.isBigEndian, append);
+    return signal.size > mostBitsShown ? text + ", ..." : text;
 }
 
 std::string signalText(const DbcSignal &signal)
@@ -61,7 +64,7 @@ void DbcOverlapCheck::add(const DbcSignal &signal)
 
 void DbcOverlapCheck::take(const DbcSignal &signal, std::uint32_t &firstShared)
 {
-    DbcOccupiedBits::forEach(signal.startBit, signal.size, signal.isBigEndian, [&](std::uint16_t bit) {
+    const auto takeBit = [&](std::uint16_t bit) {
         if (bit >= m_owners.size())
             m_owners.resize(std::max<std::size_t>({classicBits, bit + 1U, m_owners.size() * 2}), {nobody, nobody});
         Owners &owners = m_owners[bit];
@@ -70,7 +73,8 @@ void DbcOverlapCheck::take(const DbcSignal &signal, std::uint32_t &firstShared)
             firstShared = std::min(firstShared, owners.multiplexed);
         std::uint32_t &own = signal.isMultiplexed ? owners.multiplexed : owners.plain;
         own = std::min(own, m_count);
-    });
+    };
+    DbcOccupiedBits::forEach(signal.startBit, signal.size, signal.isBigEndian, takeBit, comparedBits);
     ++m_count;
 }
 

@@ -10,12 +10,14 @@ struct DbcSignal;
 /// Tells when a signal takes bits that an earlier signal of its message has. Two multiplexed signals may share bits,
 /// whatever their multiplex values.
 ///
-/// Each bit knows the first signal that took it, so a signal costs as much as it has bits, however many there are.
+/// Each bit knows the first signal that took it, so a signal costs as much as it has bits, however many there are; of
+/// a signal longer than a frame it costs as much as the frame's.
 class DbcOverlapCheck
 {
 public:
     /// Takes the bits of the signals that the message has already.
-    /// @param message  must outlive this object; its signals are those that were added, in that order
+    /// @param message  must outlive this object; its signals are those that were added, in that order, and begin within
+    ///                 64 bytes, as all do that DbcSignalCheck accepts
     explicit DbcOverlapCheck(const DbcMessage &message);
 
     /// Logs the first signal of the message that shares bits with @p signal, if any, and takes the bits of this one:
