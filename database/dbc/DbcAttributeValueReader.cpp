@@ -9,6 +9,7 @@
 #include "database/text/QuotedText.h"
 
 #include <algorithm>
+#include <functional>
 
 using Common::LogText;
 
@@ -17,11 +18,6 @@ namespace {
 constexpr QStringView frameFormatName = u"VFrameFormat";
 constexpr QStringView bitRateSwitchName = u"CANFD_BRS";
 constexpr QStringView startValueName = u"GenSigStartValue";
-
-DbcAttributeValue recordOf(const DbcScan::AttributeValue &statement)
-{
-    return {statement.name.toString(), Common::withoutQuotes(statement.value.trimmed()).toString()};
-}
 
 } // namespace
 
@@ -50,6 +46,12 @@ void DbcAttributeValueReader::read(QStringView text)
         readStatement(*statement);
         position = statement->end;
     }
+}
+
+DbcAttributeValue DbcAttributeValueReader::recordOf(const DbcScan::AttributeValue &statement)
+{
+    return {m_texts.valueOf(statement.name, std::identity()),
+            m_texts.valueOf(Common::withoutQuotes(statement.value.trimmed()), std::identity())};
 }
 
 void DbcAttributeValueReader::readStatement(const DbcScan::AttributeValue &statement)
@@ -116,12 +118,12 @@ void DbcAttributeValueReader::applyFrameFormat(DbcMessage &message, const QStrin
         Common::logWarning("VFrameFormat attribute not found or not an ENUM type in message {}", LogText(message.name));
         return;
     }
-    const auto index = Common::Numbers::integerOrZero<std::int32_t>(value);
-    if (index < 0 || index >= m_frameFormat->enumValues.size()) {
+    const auto index = Common::Numbers::readInteger<std::int32_t>(value);
+    if (!index || *index < 0 || *index >= m_frameFormat->enumValues.size()) {
         Common::logWarning("Invalid VFrameFormat value {} in message {}", LogText(value), LogText(message.name));
         return;
     }
-    const QString &format = m_frameFormat->enumValues.at(index);
+    const QString &format = m_frameFormat->enumValues.at(*index);
     message.isExtended = format.startsWith(QLatin1String("Extended"));
     message.isRemote = format.contains(QLatin1String("Remote"));
     message.isFd = format.contains(QLatin1String("FD"));

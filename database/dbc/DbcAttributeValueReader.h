@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "database/dbc/DbcAttribute.h"
 #include "database/dbc/DbcScan.h"
+#include "database/text/RecentTexts.h"
 
 #include <QString>
 #include <QStringView>
 
 #include <unordered_map>
 
-struct DbcAttributeDefinition;
 struct DbcFile;
 struct DbcMessage;
 
@@ -24,6 +25,7 @@ public:
     void read(QStringView text);
 
 private:
+    DbcAttributeValue recordOf(const DbcScan::AttributeValue &statement);
     void readStatement(const DbcScan::AttributeValue &statement);
     void readOfNode(const DbcScan::AttributeValue &statement);
     void readOfMessage(const DbcScan::AttributeValue &statement);
@@ -36,4 +38,5 @@ private:
     const DbcAttributeDefinition *m_frameFormat = nullptr; // null where it is not defined
     bool m_switchesByDefault = false;
     std::unordered_map<const DbcMessage *, bool> m_switches; // the first CANFD_BRS of a message, as read so far
+    Common::RecentTexts<QString> m_texts; // thousands of statements have the same few names and values
 };

@@ -5,23 +5,15 @@
 #include "database/text/LogText.h"
 
 #include <bit>
-#include <numeric>
 #include <utility>
 
 namespace {
 
 constexpr std::uint32_t identifierMask = 0x1FFFFFFF;
 
-std::uint32_t hashOf(std::uint32_t id, QStringView name)
+std::uint32_t hashOf(QStringView name)
 {
-    constexpr std::uint64_t spread = 0x9E3779B97F4A7C15; // any odd number of well mixed bits
-    return static_cast<std::uint32_t>(((std::uint64_t{id} << 32 | qHash(name)) * spread) >> 32);
-}
-
-std::size_t countSignals(const std::vector<DbcMessage> &messages)
-{
-    return std::accumulate(messages.begin(), messages.end(), std::size_t{0},
-                           [](std::size_t sum, const DbcMessage &message) { return sum + message.signals.size(); });
+    return static_cast<std::uint32_t>(Common::hashOfText(name));
 }
 
 } // namespace
@@ -39,75 +31,97 @@ void DbcFile::addNode(DbcNode node)
 
 void DbcFile::rebuildIndexes()
 {
-    m_messagePlaces.clear();
+    indexMessages();
+    const std::uint32_t count = messageCount();
+    for (std::uint32_t place = 0; place < count; ++place)
+        indexSignals(place);
     m_nodePlaces.clear();
-    m_messagePlaces.reserve(messages.size() + specialMessages.size());
-    const std::size_t signalCount = countSignals(messages) + countSignals(specialMessages);
-    m_signalSlots.assign(signalCount == 0 ? 0 : std::bit_ceil(signalCount * 2), {});
-    const auto indexMessages = [this](const std::vector<DbcMessage> &list, bool isSpecial) {
-        for (std::uint32_t index = 0; index < list.size(); ++index) {
-            m_messagePlaces.insert_or_assign(list[index].id, MessagePlace{isSpecial, index});
-            indexSignals({isSpecial, index});
-        }
-    };
-    indexMessages(messages, false);
-    indexMessages(specialMessages, true);
     for (std::size_t index = 0; index < nodes.size(); ++index)
         m_nodePlaces.emplace(nodes[index].name, index);
 }
 
-void DbcFile::indexSignals(const MessagePlace &place)
+void DbcFile::indexMessages()
+{
+    const std::uint32_t count = messageCount();
+    m_identifiers.clear();
+    m_identifiers.reserve(count);
+    for (std::uint32_t place = 0; place < count; ++place) {
+        const DbcMessage &message = messageAt(place);
+        Identifier &identifier = m_identifiers[message.id];
+        identifier.message = place;
+        identifier.signalCount += static_cast<std::uint32_t>(message.signals.size());
+    }
+    std::size_t slotCount = 0;
+    for (std::uint32_t place = 0; place < count; ++place) {
+        Identifier &identifier = m_identifiers.find(messageAt(place).id)->second;
+        if (identifier.signalCount == 0 || identifier.slotCount > 0)
+            continue;
+        identifier.firstSlot = slotCount;
+        identifier.slotCount = std::bit_ceil(std::size_t{identifier.signalCount} * 2);
+        slotCount += identifier.slotCount;
+    }
+    m_signalSlots.assign(slotCount, {});
+}
+
+void DbcFile::indexSignals(std::uint32_t place)
 {
     const DbcMessage &message = messageAt(place);
+    const bool isOrdinary = place < messages.size();
+    const Identifier &identifier = m_identifiers.find(message.id)->second;
     for (std::uint32_t index = 0; index < message.signals.size(); ++index) {
         const QString &name = message.signals[index].name;
-        const std::uint32_t hash = hashOf(message.id, name);
-        SignalSlot &slot = m_signalSlots[slotOf(message.id, name, hash)];
-        const bool isKnown = slot.isTaken;
-        const bool isOfThisMessage = isKnown && slot.message == place;
-        slot = {message.id, hash, place, isOfThisMessage ? slot.firstIndex : index, index, true};
-        if (isKnown && !place.isSpecial)
+        const std::uint32_t hash = hashOf(name);
+        SignalSlot &slot = m_signalSlots[slotOf(identifier, name, hash)];
+        const bool isKnown = slot.isTaken();
+        slot = {hash, place, slot.message == place ? slot.firstIndex : index, index};
+        if (isKnown && isOrdinary)
             Common::logWarning("Duplicate signal name {} in message {}", Common::LogText(name), message.id);
     }
 }
 
-std::size_t DbcFile::slotOf(std::uint32_t id, QStringView name, std::uint32_t hash) const
+std::size_t DbcFile::slotOf(const Identifier &identifier, QStringView name, std::uint32_t hash) const
 {
-    const std::size_t mask = m_signalSlots.size() - 1;
-    std::size_t index = hash & mask;
-    for (; m_signalSlots[index].isTaken; index = (index + 1) & mask) {
-        const SignalSlot &slot = m_signalSlots[index];
-        if (slot.hash == hash && slot.id == id && messageAt(slot.message).signals[slot.lastIndex].name == name)
-            break;
+    const std::size_t mask = identifier.slotCount - 1;
+    for (std::size_t offset = hash & mask;; offset = (offset + 1) & mask) {
+        const SignalSlot &slot = m_signalSlots[identifier.firstSlot + offset];
+        const bool isWanted =
+            !slot.isTaken() || (slot.hash == hash && messageAt(slot.message).signals[slot.lastIndex].name == name);
+        if (isWanted)
+            return identifier.firstSlot + offset;
     }
-    return index;
 }
 
-const DbcFile::SignalSlot *DbcFile::findSlot(std::uint32_t id, QStringView name) const
+const DbcFile::SignalSlot *DbcFile::findSlot(std::uint32_t id, QStringView name, std::uint32_t hash) const
 {
-    if (m_signalSlots.empty())
+    const auto entry = m_identifiers.find(id);
+    if (entry == m_identifiers.end() || entry->second.slotCount == 0)
         return nullptr;
-    const SignalSlot &slot = m_signalSlots[slotOf(id, name, hashOf(id, name))];
-    return slot.isTaken ? &slot : nullptr;
+    const SignalSlot &slot = m_signalSlots[slotOf(entry->second, name, hash)];
+    return slot.isTaken() ? &slot : nullptr;
 }
 
-const DbcMessage &DbcFile::messageAt(const MessagePlace &place) const
+const DbcMessage &DbcFile::messageAt(std::uint32_t place) const
 {
-    return place.isSpecial ? specialMessages[place.index] : messages[place.index];
+    return place < messages.size() ? messages[place] : specialMessages[place - messages.size()];
 }
 
-const DbcFile::MessagePlace *DbcFile::placeOf(std::uint32_t number) const
+std::uint32_t DbcFile::messageCount() const
 {
-    auto entry = m_messagePlaces.find(number);
-    if (entry == m_messagePlaces.end())
-        entry = m_messagePlaces.find(number & identifierMask);
-    return entry == m_messagePlaces.end() ? nullptr : &entry->second;
+    return static_cast<std::uint32_t>(messages.size() + specialMessages.size());
+}
+
+const DbcFile::Identifier *DbcFile::identifierOf(std::uint32_t number) const
+{
+    auto entry = m_identifiers.find(number);
+    if (entry == m_identifiers.end())
+        entry = m_identifiers.find(number & identifierMask);
+    return entry == m_identifiers.end() ? nullptr : &entry->second;
 }
 
 const DbcMessage *DbcFile::findMessage(std::uint32_t number) const
 {
-    const MessagePlace *place = placeOf(number);
-    return place == nullptr ? nullptr : &messageAt(*place);
+    const Identifier *identifier = identifierOf(number);
+    return identifier == nullptr ? nullptr : &messageAt(identifier->message);
 }
 
 DbcMessage *DbcFile::findMessage(std::uint32_t number)
@@ -117,9 +131,10 @@ DbcMessage *DbcFile::findMessage(std::uint32_t number)
 
 const DbcSignal *DbcFile::findSignal(std::uint32_t number, QStringView name) const
 {
-    const SignalSlot *slot = findSlot(number, name);
+    const std::uint32_t hash = hashOf(name);
+    const SignalSlot *slot = findSlot(number, name, hash);
     if (slot == nullptr)
-        slot = findSlot(number & identifierMask, name);
+        slot = findSlot(number & identifierMask, name, hash);
     return slot == nullptr ? nullptr : &messageAt(slot->message).signals[slot->lastIndex];
 }
 
@@ -130,12 +145,12 @@ DbcSignal *DbcFile::findSignal(std::uint32_t number, QStringView name)
 
 DbcSignal *DbcFile::findFirstSignal(std::uint32_t number, QStringView name)
 {
-    const MessagePlace *messagePlace = placeOf(number);
-    if (messagePlace == nullptr)
+    const Identifier *identifier = identifierOf(number);
+    if (identifier == nullptr)
         return nullptr;
-    DbcMessage &message = const_cast<DbcMessage &>(messageAt(*messagePlace));
-    const SignalSlot *slot = findSlot(message.id, name);
-    return slot != nullptr && slot->message == *messagePlace ? &message.signals[slot->firstIndex] : nullptr;
+    DbcMessage &message = const_cast<DbcMessage &>(messageAt(identifier->message));
+    const SignalSlot *slot = findSlot(message.id, name, hashOf(name));
+    return slot != nullptr && slot->message == identifier->message ? &message.signals[slot->firstIndex] : nullptr;
 }
 
 const DbcNode *DbcFile::findNode(QStringView name) const

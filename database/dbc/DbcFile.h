@@ -7,6 +7,7 @@
 #include "database/dbc/DbcSignalMultiplexValue.h"
 #include "database/dbc/DbcSignalValueType.h"
 #include "database/dbc/DbcValueTable.h"
+#include "database/text/KeyedHash.h"
 
 #include <QString>
 #include <QStringList>
@@ -14,8 +15,7 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <functional>
-#include <unordered_map>
+#include <limits>
 #include <vector>
 
 /// The whole content of one file: a copyable value; the indexes hold positions, so a copy's look-ups find the copy.
@@ -56,45 +56,40 @@ struct DbcFile
     const DbcNode *findNode(QStringView name) const;
 
 private:
-    /// Lets a view look up a text without making one.
-    struct TextHash
+    /// What an identifier stands for. Its signals have slots of their own, next to each other, which are an
+    /// open-addressed table: files speak of their messages in one order throughout, so what is needed next lies near
+    /// what was needed last. Files have hundreds of thousands of signals; an allocation for each would cost more than
+    /// reading it.
+    struct Identifier
     {
-        using is_transparent = void;
-        std::size_t operator()(QStringView text) const noexcept { return qHash(text); }
+        std::uint32_t message = 0;     ///< the last one of that id; see messageAt()
+        std::uint32_t signalCount = 0; ///< of all messages of that id
+        std::size_t firstSlot = 0;
+        std::size_t slotCount = 0; ///< none, or a power of two, at most half of them taken
     };
-    struct TextEqual
-    {
-        using is_transparent = void;
-        bool operator()(QStringView left, QStringView right) const noexcept { return left == right; }
-    };
-    template <typename T> using TextMap = std::unordered_map<QString, T, TextHash, TextEqual>;
-
-    struct MessagePlace
-    {
-        bool isSpecial = false;
-        std::uint32_t index = 0;
-        bool operator==(const MessagePlace &) const = default;
-    };
-    /// A slot of the index of signals, which is one open-addressed table: files have hundreds of thousands of signals,
-    /// and an allocation for each would cost more than reading it.
     struct SignalSlot
     {
-        std::uint32_t id = 0;
-        std::uint32_t hash = 0;
-        MessagePlace message;
-        std::uint32_t firstIndex = 0; ///< in that message
+        static constexpr std::uint32_t none = std::numeric_limits<std::uint32_t>::max();
+
+        std::uint32_t hash = 0; // of the name
+        std::uint32_t message = none;
+        std::uint32_t firstIndex = 0; // in that message
         std::uint32_t lastIndex = 0;
-        bool isTaken = false;
+
+        bool isTaken() const { return message != none; }
     };
 
-    void indexSignals(const MessagePlace &place);
-    const MessagePlace *placeOf(std::uint32_t number) const;
-    const DbcMessage &messageAt(const MessagePlace &place) const;
-    /// The slot that holds the signal, or the free one where it belongs. There must be slots.
-    std::size_t slotOf(std::uint32_t id, QStringView name, std::uint32_t hash) const;
-    const SignalSlot *findSlot(std::uint32_t id, QStringView name) const;
+    /// The ordinary messages and behind them the special ones, under one count.
+    const DbcMessage &messageAt(std::uint32_t place) const;
+    std::uint32_t messageCount() const;
+    void indexMessages();
+    void indexSignals(std::uint32_t place);
+    const Identifier *identifierOf(std::uint32_t number) const;
+    /// The slot that holds the signal, or the free one where it belongs. The identifier must have slots.
+    std::size_t slotOf(const Identifier &identifier, QStringView name, std::uint32_t hash) const;
+    const SignalSlot *findSlot(std::uint32_t id, QStringView name, std::uint32_t hash) const;
 
-    std::unordered_map<std::uint32_t, MessagePlace> m_messagePlaces;
-    std::vector<SignalSlot> m_signalSlots; // none, or a power of two, at most half of them taken
-    TextMap<std::size_t> m_nodePlaces;
+    Common::NumberMap<Identifier> m_identifiers;
+    std::vector<SignalSlot> m_signalSlots;
+    Common::TextMap<std::size_t> m_nodePlaces;
 };

@@ -4,36 +4,17 @@
 #include "common/Log.h"
 #include "database/dbc/DbcFile.h"
 #include "database/dbc/DbcNodeCheck.h"
+#include "database/dbc/DbcScan.h"
 #include "database/text/Sections.h"
-#include "database/text/TextCursor.h"
 #include "database/text/TextLines.h"
-
-using Common::TextCursor;
 
 namespace DbcHeaderReader {
 
 namespace {
 
-constexpr QStringView versionKeyword = u"VERSION";
 // The words that end a section; any other word, EV_ or SG_ for example, belongs to it.
 constexpr QStringView sectionWords[] = {u"VERSION", u"NS_",     u"VAL_TABLE_", u"BU_", u"BO_",
                                         u"CM_",     u"BA_DEF_", u"BA_",        u"VAL_"};
-
-// `VERSION\s+"([^"]*)"`
-std::optional<QStringView> findVersion(QStringView text)
-{
-    for (qsizetype found = Common::findLiteral(text, versionKeyword, 0); found >= 0;
-         found = Common::findLiteral(text, versionKeyword, found + 1)) {
-        TextCursor cursor(text, found + versionKeyword.size());
-        if (cursor.takeBlanks().isEmpty() || !cursor.take(u'"'))
-            continue;
-        QStringView version;
-        if (!cursor.takeUpTo(u'"', version))
-            return std::nullopt; // no quote is left
-        return version;
-    }
-    return std::nullopt;
-}
 
 std::optional<QStringView> findNewSymbols(QStringView text)
 {
@@ -51,7 +32,7 @@ std::optional<QStringView> findNewSymbols(QStringView text)
 
 void readVersion(const QString &text, DbcFile &file)
 {
-    if (const auto version = findVersion(text))
+    if (const auto version = DbcScan::findVersion(text))
         file.version = version->toString();
     else
         Common::logWarning("VERSION section not found or empty");
@@ -84,12 +65,11 @@ void readNodes(const QString &text, DbcFile &file)
         Common::logError("Invalid BU_ section format");
         return;
     }
-    TextCursor cursor(section->mid(colon + 1).trimmed());
-    for (cursor.takeBlanks(); !cursor.atEnd(); cursor.takeBlanks()) {
-        const QStringView word =
-            cursor.takeWhile([](QChar character) { return !Common::TextClass::isBlank(character); });
-        DbcNodeCheck::addIfValid(word.toString(), file);
-    }
+    const QStringView names = section->mid(colon + 1).trimmed();
+    qsizetype position = 0;
+    for (QStringView name = DbcScan::nextWord(names, position); !name.isEmpty();
+         name = DbcScan::nextWord(names, position))
+        DbcNodeCheck::addIfValid(name.toString(), file);
 }
 
 } // namespace DbcHeaderReader

@@ -2,9 +2,7 @@
 #pragma once
 
 #include "database/dbc/DbcMessage.h"
-
-#include <cstdint>
-#include <unordered_map>
+#include "database/text/KeyedHash.h"
 
 /// Messages of one file by DbcMessage::id; copies, independent of the parser's model.
-using DbcMessageMap = std::unordered_map<std::uint32_t, DbcMessage>;
+using DbcMessageMap = Common::NumberMap<DbcMessage>;

@@ -53,7 +53,7 @@ bool DbcMessageReader::read(QStringView text)
         message.name = head->name.toString();
         // Cut, not refused: a size of 300 is 44.
         message.size = static_cast<std::uint8_t>(Common::Numbers::integerOrZero<std::uint32_t>(head->size));
-        message.transmitter = head->transmitter.toString();
+        message.transmitter = m_transmitters.valueOf(head->transmitter, std::identity());
         if (DbcNames::isSpecialMessage(head->name))
             readSpecial(statement, std::move(message));
         else

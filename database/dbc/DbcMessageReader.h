@@ -2,6 +2,7 @@
 #pragma once
 
 #include "database/dbc/DbcMessage.h"
+#include "database/text/RecentTexts.h"
 
 #include <QStringView>
 
@@ -31,4 +32,5 @@ private:
 
     DbcFile &m_file;
     SignalReader m_readSignals;
+    Common::RecentTexts<QString> m_transmitters;
 };

@@ -4,23 +4,12 @@
 #include "common/Log.h"
 #include "database/dbc/DbcFile.h"
 #include "database/dbc/DbcNames.h"
+#include "database/dbc/DbcScan.h"
 #include "database/text/LogText.h"
-#include "database/text/TextCursor.h"
 
-#include <algorithm>
+#include <utility>
 
 namespace DbcNodeCheck {
-
-namespace {
-
-// `^[a-zA-Z_][a-zA-Z0-9_]*$`
-bool isNodeName(QStringView name)
-{
-    return !Common::TextClass::isDigit(name.front()) &&
-           std::all_of(name.begin(), name.end(), Common::TextClass::isWord);
-}
-
-} // namespace
 
 bool addIfValid(const QString &name, DbcFile &file)
 {
@@ -34,7 +23,7 @@ bool addIfValid(const QString &name, DbcFile &file)
         Common::logWarning("Duplicate node name: {}", Common::LogText(name));
         return false;
     }
-    if (!isNodeName(name)) {
+    if (!DbcScan::isNodeName(name)) {
         Common::logError("Invalid node name format: {}", Common::LogText(name));
         return false;
     }

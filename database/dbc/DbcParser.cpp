@@ -83,7 +83,9 @@ bool DbcParser::parseNodes(const QString &text)
 bool DbcParser::parseMessages(const QString &text)
 {
     const auto readSignals = [this](QStringView body, DbcMessage &message) { return parseSignals(body, message); };
-    if (DbcMessageReader(m_file, readSignals).read(text))
+    const bool hasMessages = DbcMessageReader(m_file, readSignals).read(text);
+    m_texts = {};
+    if (hasMessages)
         return true;
     logError("Message not found in dbc file: {}", LogText(m_path));
     return false;
@@ -91,7 +93,7 @@ bool DbcParser::parseMessages(const QString &text)
 
 bool DbcParser::parseSignals(QStringView text, DbcMessage &message)
 {
-    DbcSignalReader::readSignals(text, message, m_file);
+    DbcSignalReader::readSignals(text, message, m_file, m_texts);
     return true;
 }
 

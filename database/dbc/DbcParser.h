@@ -2,6 +2,7 @@
 #pragma once
 
 #include "database/dbc/DbcFile.h"
+#include "database/dbc/DbcSharedTexts.h"
 
 #include <QObject>
 #include <QString>
@@ -56,6 +57,7 @@ private:
 
     DbcFile &m_file;
     QString m_path;
+    DbcSharedTexts m_texts; // while messages are read
 };
 
 } // namespace Common

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include <QStringList>
 #include <QStringView>
 
+#include <array>
 #include <optional>
-#include <vector>
 
 /// Finds statements in the text of a DBC file. Each function does by hand, in one pass, what the pattern in its comment
 /// says to the letter, its odd corners included: files hold tens of thousands of these statements, and some of the
@@ -21,8 +22,15 @@ struct MessageHead
 };
 std::optional<MessageHead> findMessageHead(QStringView text, qsizetype from);
 
+/// `VERSION\s+"([^"]*)"`: what stands between the quotes of the first one.
+std::optional<QStringView> findVersion(QStringView text);
+
+/// `^[a-zA-Z_][a-zA-Z0-9_]*$`, for a name without line ends.
+bool isNodeName(QStringView name);
+
 /// `^\s*(\d+\|\d+@[01][+-])\s*\(([^\)]*)\)\s*\[([^\]]*)\]\s*("[^"]*"|[^\s]*)\s*(.*)$`, the first part as
-/// `(\d+)\|(\d+)@([01])([+-])`. To be applied to one line.
+/// `(\d+)\|(\d+)@([01])([+-])`. To be applied to one line. What the first pattern takes as its first part the second
+/// one takes as well, so a signal fails as a whole or not at all: there is no line in the log for a layout alone.
 struct SignalBody
 {
     QStringView startBit, size;
@@ -98,5 +106,19 @@ struct NumberRange
     qsizetype end = 0;
 };
 std::optional<NumberRange> findNumberRange(QStringView text, qsizetype from);
+
+/// The next part from @p position on of a text split at `\s+`, without the empty parts; moves @p position behind it.
+/// Empty at the end.
+QStringView nextWord(QStringView text, qsizetype &position);
+
+/// The two parts of a text split at `\s+`, empty parts included; nothing where there are more or fewer.
+std::optional<std::array<QStringView, 2>> twoWords(QStringView text);
+
+/// Split at `\s*,\s*|\s+`, without the empty parts.
+QStringList splitReceivers(QStringView text);
+
+/// Without a quote at the begin, `^\s*"`, and at the end, `"\s*$`, split at `"\s*,\s*"`. To be applied to a trimmed
+/// text.
+QStringList splitEnumValues(QStringView text);
 
 } // namespace DbcScan

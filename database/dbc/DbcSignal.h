@@ -2,12 +2,12 @@
 #pragma once
 
 #include "database/dbc/DbcAttribute.h"
+#include "database/dbc/DbcValueTexts.h"
 
 #include <QString>
 #include <QStringList>
 
 #include <cstdint>
-#include <unordered_map>
 #include <vector>
 
 /// One `SG_` line with what later statements say about it. A copyable value.
@@ -28,8 +28,8 @@ struct DbcSignal
     double maximum = 0.0;    ///< physical
     std::uint64_t value = 0; ///< current raw value, for float types the float's bit pattern
     QString unit;
-    QStringList receivers;                                        ///< as written, the pseudo node included
-    std::unordered_map<std::uint32_t, QString> valueDescriptions; ///< raw value to text
+    QStringList receivers;           ///< as written, the pseudo node included
+    DbcValueTexts valueDescriptions; ///< of raw values
     QString comment;
     std::vector<DbcAttributeValue> attributes;
 };

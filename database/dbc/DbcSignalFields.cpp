@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "database/dbc/DbcSignalFields.h"
 
+#include "database/dbc/DbcSharedTexts.h"
 #include "database/dbc/DbcSignal.h"
 #include "database/text/Numbers.h"
 #include "database/text/QuotedText.h"
-#include "database/text/TextCursor.h"
 
 #include <array>
+#include <functional>
 #include <optional>
 
 using Common::Numbers::doubleOrZero;
@@ -82,20 +83,9 @@ void detectFloat(const std::optional<Pair> &range, DbcSignal &signal)
         signal.valueType = 2;
 }
 
-// Separated by `\s*,\s*|\s+`, empty ones left out.
-QStringList splitReceivers(QStringView text)
-{
-    const auto isSeparator = [](QChar character) { return character == u',' || Common::TextClass::isBlank(character); };
-    QStringList receivers;
-    Common::TextCursor cursor(text);
-    for (cursor.takeWhile(isSeparator); !cursor.atEnd(); cursor.takeWhile(isSeparator))
-        receivers.append(cursor.takeWhile([&](QChar character) { return !isSeparator(character); }).toString());
-    return receivers;
-}
-
 } // namespace
 
-void apply(const DbcScan::SignalBody &body, DbcSignal &signal)
+void apply(const DbcScan::SignalBody &body, DbcSharedTexts &texts, DbcSignal &signal)
 {
     signal.startBit = integerOrZero<std::uint16_t>(body.startBit);
     signal.size = integerOrZero<std::uint16_t>(body.size);
@@ -108,8 +98,8 @@ void apply(const DbcScan::SignalBody &body, DbcSignal &signal)
     const auto range = twoParts(body.range, u'|');
     applyRange(range, signal);
     detectFloat(range, signal);
-    signal.unit = Common::withoutQuotes(body.unit).toString();
-    signal.receivers = splitReceivers(body.receivers);
+    signal.unit = texts.units.valueOf(Common::withoutQuotes(body.unit), std::identity());
+    signal.receivers = texts.receivers.valueOf(body.receivers, DbcScan::splitReceivers);
 }
 
 } // namespace DbcSignalFields

@@ -3,11 +3,12 @@
 
 #include "database/dbc/DbcScan.h"
 
+struct DbcSharedTexts;
 struct DbcSignal;
 
 namespace DbcSignalFields {
 
 /// Turns the texts behind a signal's colon into the fields of its record.
-void apply(const DbcScan::SignalBody &body, DbcSignal &signal);
+void apply(const DbcScan::SignalBody &body, DbcSharedTexts &texts, DbcSignal &signal);
 
 } // namespace DbcSignalFields

@@ -36,15 +36,6 @@ bool areValidRanges(QStringView ranges)
     return true;
 }
 
-bool isValid(const DbcSignalMultiplexValue &record)
-{
-    if (record.signalName.isEmpty() || record.multiplexorName.isEmpty()) {
-        Common::logError("Empty signal name or multiplexor signal name");
-        return false;
-    }
-    return areValidRanges(record.ranges);
-}
-
 void apply(const DbcSignalMultiplexValue &record, DbcFile &file)
 {
     if (file.findMessage(record.messageId) == nullptr) {
@@ -82,6 +73,15 @@ void readStatement(const QString &statement, DbcFile &file)
 }
 
 } // namespace
+
+bool isValid(const DbcSignalMultiplexValue &record)
+{
+    if (record.signalName.isEmpty() || record.multiplexorName.isEmpty()) {
+        Common::logError("Empty signal name or multiplexor signal name");
+        return false;
+    }
+    return areValidRanges(record.ranges);
+}
 
 void readMultiplexValues(const QString &text, DbcFile &file)
 {

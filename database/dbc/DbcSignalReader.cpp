@@ -10,14 +10,12 @@
 #include "database/dbc/DbcSignalFields.h"
 #include "database/text/LogText.h"
 #include "database/text/Numbers.h"
-#include "database/text/TextCursor.h"
 #include "database/text/TextLines.h"
 
 #include <optional>
 #include <utility>
 
 using Common::LogText;
-using Common::TextCursor;
 
 namespace DbcSignalReader {
 
@@ -25,13 +23,8 @@ namespace {
 
 constexpr QStringView keyword = u"SG_";
 
-bool isNoBlank(QChar character)
-{
-    return !Common::TextClass::isBlank(character);
-}
-
 // "M" for a multiplexor, "m3" for a multiplexed signal. "m3M", which is both, has no number that could be read: the
-// signal counts as multiplexed, by no value.
+// signal counts as multiplexed, by no value. So does one whose number is too large.
 void readMultiplexing(QStringView mark, DbcSignal &signal)
 {
     if (mark == QStringView(u"M")) {
@@ -45,16 +38,15 @@ void readMultiplexing(QStringView mark, DbcSignal &signal)
 
 bool readName(QStringView text, DbcSignal &signal)
 {
-    TextCursor cursor(text.trimmed());
-    cursor.takeBlanks();
-    signal.name = cursor.takeWhile(isNoBlank).toString();
-    cursor.takeBlanks();
-    readMultiplexing(cursor.takeWhile(isNoBlank), signal);
+    const QStringView words = text.trimmed();
+    qsizetype position = 0;
+    signal.name = DbcScan::nextWord(words, position).toString();
+    readMultiplexing(DbcScan::nextWord(words, position), signal);
     return !signal.name.isEmpty();
 }
 
 // @param line  trimmed, from the keyword on
-std::optional<DbcSignal> readLine(QStringView line)
+std::optional<DbcSignal> readLine(QStringView line, DbcSharedTexts &texts)
 {
     const QStringView statement = line.mid(keyword.size()).trimmed();
     const qsizetype colon = statement.indexOf(u':');
@@ -72,24 +64,50 @@ std::optional<DbcSignal> readLine(QStringView line)
         Common::logWarning("Signal format not match, skip: {}", LogText(line));
         return std::nullopt;
     }
-    DbcSignalFields::apply(*body, signal);
+    DbcSignalFields::apply(*body, texts, signal);
     return signal;
+}
+
+// The next line of @p rest, trimmed, that is one of a signal; empty at the end.
+QStringView takeSignalLine(QStringView &rest)
+{
+    while (!rest.isEmpty()) {
+        const QStringView line = Common::takeLine(rest).trimmed();
+        if (line.startsWith(keyword))
+            return line;
+    }
+    return {};
+}
+
+// How many signals to make room for at once: as many as there are lines, but no room for the lines of a damaged file.
+std::size_t roomFor(QStringView text)
+{
+    constexpr std::size_t mostAtOnce = 256;
+    std::size_t count = 0;
+    while (count < mostAtOnce && !takeSignalLine(text).isEmpty())
+        ++count;
+    return count;
+}
+
+// The number of the message's statement, as far as the message has kept it.
+std::uint32_t numberOf(const DbcMessage &message)
+{
+    constexpr std::uint32_t extendedBit = 0x80000000;
+    return message.isExtended ? message.id | extendedBit : message.id;
 }
 
 } // namespace
 
-void readSignals(QStringView text, DbcMessage &message, DbcFile &file)
+void readSignals(QStringView text, DbcMessage &message, DbcFile &file, DbcSharedTexts &texts)
 {
     if (text.isEmpty())
         return;
     const bool mayOverlap = message.name == DbcNames::independentSignals;
     DbcOverlapCheck overlapCheck(message);
+    message.signals.reserve(message.signals.size() + roomFor(text));
     QStringView rest = text;
-    while (!rest.isEmpty()) {
-        const QStringView line = Common::takeLine(rest).trimmed();
-        if (!line.startsWith(keyword))
-            continue;
-        auto signal = readLine(line);
+    for (QStringView line = takeSignalLine(rest); !line.isEmpty(); line = takeSignalLine(rest)) {
+        auto signal = readLine(line, texts);
         if (!signal || !DbcSignalCheck::accept(*signal, file))
             continue;
         if (!mayOverlap)
@@ -97,7 +115,7 @@ void readSignals(QStringView text, DbcMessage &message, DbcFile &file)
         message.signals.push_back(std::move(*signal));
     }
     if (message.signals.empty()) {
-        Common::logWarning("Parse signals exception for message({}, {}): {}", LogText(message.name), message.id,
+        Common::logWarning("Parse signals exception for message({}, {}): {}", LogText(message.name), numberOf(message),
                            LogText(text));
     }
 }

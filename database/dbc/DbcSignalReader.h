@@ -5,11 +5,13 @@
 
 struct DbcFile;
 struct DbcMessage;
+struct DbcSharedTexts;
 
 namespace DbcSignalReader {
 
 /// Appends the signals of the `SG_` lines in @p text to @p message. A line that cannot be read, or whose signal is not
 /// valid, is logged and left out. Receivers that are no nodes yet become nodes of @p file.
-void readSignals(QStringView text, DbcMessage &message, DbcFile &file);
+/// @param texts  those that other signals of the file share; kept between calls
+void readSignals(QStringView text, DbcMessage &message, DbcFile &file, DbcSharedTexts &texts);
 
 } // namespace DbcSignalReader

@@ -22,20 +22,6 @@ namespace {
 constexpr std::uint16_t float32Type = 1;
 constexpr std::uint16_t float64Type = 2;
 
-bool isValid(const DbcSignalValueType &record)
-{
-    if (record.type > float64Type) {
-        Common::logError("Invalid signal value type {} for signal {} in message {}", record.type,
-                         LogText(record.signalName), record.messageId);
-        return false;
-    }
-    if (record.signalName.isEmpty()) {
-        Common::logError("Empty signal name in signal value type definition");
-        return false;
-    }
-    return true;
-}
-
 void setSymmetricRange(DbcSignal &signal, double limit)
 {
     signal.minimum = -limit;
@@ -84,6 +70,20 @@ void readStatement(const QString &statement, DbcFile &file)
 }
 
 } // namespace
+
+bool isValid(const DbcSignalValueType &record)
+{
+    if (record.type > float64Type) {
+        Common::logError("Invalid signal value type {} for signal {} in message {}", record.type,
+                         LogText(record.signalName), record.messageId);
+        return false;
+    }
+    if (record.signalName.isEmpty()) {
+        Common::logError("Empty signal name in signal value type definition");
+        return false;
+    }
+    return true;
+}
 
 void readValueTypes(const QString &text, DbcFile &file)
 {

@@ -5,13 +5,13 @@
 #include "database/dbc/DbcFile.h"
 #include "database/dbc/DbcMessage.h"
 #include "database/dbc/DbcSignal.h"
+#include "database/text/Sections.h"
 
 #include <QRegularExpression>
 #include <QStringList>
 
 #include <cstdint>
 #include <map>
-#include <unordered_map>
 
 namespace DbcStatements {
 
@@ -21,8 +21,7 @@ const QChar blank(QLatin1Char(' '));
 const QChar lineEnd(QLatin1Char('\n'));
 
 // An unordered map in ascending order of its keys, each entry behind a blank.
-QString entriesText(const std::unordered_map<std::uint32_t, QString> &entries, const QString &before,
-                    const QString &behind)
+QString entriesText(const DbcValueTexts &entries, const QString &before, const QString &behind)
 {
     QString text;
     for (const auto &[key, description] : std::map(entries.begin(), entries.end()))
@@ -169,7 +168,8 @@ int lastSignalLine(const QStringList &lines)
         QStringLiteral(R"re(SG_\s+(\w+)(M|m\d+)?\s*:\s*(\d+)\|(\d+)@(\d+)([-+])\s*\(([+-]?[\d\.]+),([+-]?[\d\.]+)\))re"
                        R"re(\s*\[([+-]?[\d\.]+)\|([+-]?[\d\.]+)\]\s*"(.*)"\s*(.*?))re"));
     for (int line = lines.size() - 1; line >= 0; --line) {
-        if (lines.at(line).contains(QLatin1String("SG_")) && pattern.match(lines.at(line)).hasMatch())
+        if (lines.at(line).contains(QLatin1String("SG_")) &&
+            Common::Sections::match(pattern, lines.at(line)).hasMatch())
             return line;
     }
     return -1;

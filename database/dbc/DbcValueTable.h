@@ -1,14 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <QString>
+#include "database/dbc/DbcValueTexts.h"
 
-#include <cstdint>
-#include <unordered_map>
+#include <QString>
 
 /// A `VAL_TABLE_`, or a `VAL_` without a message number.
 struct DbcValueTable
 {
     QString name;
-    std::unordered_map<std::uint32_t, QString> entries;
+    DbcValueTexts entries;
 };

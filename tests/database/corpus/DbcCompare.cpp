@@ -19,7 +19,7 @@ QStringList linesOf(const std::vector<DbcAttributeValue> &attributes)
     return lines;
 }
 
-QStringList linesOf(const std::unordered_map<std::uint32_t, QString> &entries)
+QStringList linesOf(const DbcValueTexts &entries)
 {
     QStringList lines;
     for (const auto &[key, text] : std::map<std::uint32_t, QString>(entries.begin(), entries.end()))

@@ -6,6 +6,11 @@
 /// The patterns that the hand-written readers of DbcScan.h stand in for.
 namespace DbcPatterns {
 
+inline const QString version = QStringLiteral(R"p(VERSION\s+"([^"]*)")p");
+inline const QString blanks = QStringLiteral(R"p(\s+)p");
+inline const QString nodeName = QStringLiteral(R"p(^[a-zA-Z_][a-zA-Z0-9_]*$)p");
+inline const QString receivers = QStringLiteral(R"p(\s*,\s*|\s+)p");
+inline const QString enumSeparator = QStringLiteral(R"p("\s*,\s*")p");
 inline const QString messageHead = QStringLiteral(R"p(BO_\s+(\d+)\s+(\w+):\s+(\d+)\s+(\w+))p");
 inline const QString signalBody =
     QStringLiteral(R"p(^\s*(\d+\|\d+@[01][+-])\s*\(([^\)]*)\)\s*\[([^\]]*)\]\s*("[^"]*"|[^\s]*)\s*(.*)$)p");

@@ -1,51 +1,19 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "database/dbc/DbcScan.h"
 #include "tests/database/dbc/DbcPatterns.h"
+#include "tests/database/dbc/RandomTexts.h"
 
 #include <gtest/gtest.h>
 
 #include <QRegularExpression>
 #include <QStringList>
 
-#include <random>
-
 namespace {
 
+using RandomTexts::anyOf;
+using RandomTexts::mutated;
 using Captures = QStringList;
 using Statements = std::vector<Captures>; // of each statement: its captures, the last one its end
-
-// Pieces that statements are made of, so that many random texts nearly are statements.
-const QStringList &pieces()
-{
-    static const QStringList all = {
-        QStringLiteral("BO_"),     QStringLiteral("SG_"),     QStringLiteral("BU_"),         QStringLiteral("CM_"),
-        QStringLiteral("BA_"),     QStringLiteral("BA_DEF_"), QStringLiteral("BA_DEF_DEF_"), QStringLiteral("VAL_"),
-        QStringLiteral(" "),       QStringLiteral(" "),       QStringLiteral("  "),          QStringLiteral("\n"),
-        QStringLiteral("\t"),      QStringLiteral("\v"),      QStringLiteral("\u00a0"),      QStringLiteral("\u0085"),
-        QStringLiteral("0"),       QStringLiteral("17"),      QStringLiteral("\u0663"),      QStringLiteral("-"),
-        QStringLiteral("name"),    QStringLiteral("a1_"),     QStringLiteral("\u00e4"),      QStringLiteral("\""),
-        QStringLiteral("\""),      QStringLiteral(";"),       QStringLiteral(";"),           QStringLiteral(":"),
-        QStringLiteral("|"),       QStringLiteral("@0+"),     QStringLiteral("@1-"),         QStringLiteral("@2-"),
-        QStringLiteral("("),       QStringLiteral(")"),       QStringLiteral("["),           QStringLiteral("]"),
-        QStringLiteral("\"INT\""), QStringLiteral("\"a\" "),  QStringLiteral("1,0"),         QStringLiteral("0|8")};
-    return all;
-}
-
-QString randomPiece(std::mt19937 &random)
-{
-    return pieces().at(static_cast<int>(random() % static_cast<unsigned>(pieces().size())));
-}
-
-// A good text with a few pieces put in, taken out or exchanged; every other text is good but for nothing.
-QString mutated(QString text, std::mt19937 &random)
-{
-    for (std::size_t count = random() % 5; count > 0; --count) {
-        const int place = static_cast<int>(random() % static_cast<unsigned>(text.size() + 1));
-        const int removed = static_cast<int>(random() % 4);
-        text.replace(place, removed, random() % 3 == 0 ? QString() : randomPiece(random));
-    }
-    return text;
-}
 
 Statements byPattern(const QRegularExpression &expression, const QString &text)
 {
@@ -85,8 +53,7 @@ void expectSame(const QString &pattern, const QStringList &samples, Find find, F
     for (int run = 0; run < 40000; ++run) {
         QString text;
         for (std::size_t count = 1 + random() % 3; count > 0; --count) {
-            const QString &sample = samples.at(static_cast<int>(random() % static_cast<unsigned>(samples.size())));
-            text += mutated(sample, random) + (random() % 2 == 0 ? QStringLiteral("\n") : QString());
+            text += mutated(anyOf(samples, random), random) + (random() % 2 == 0 ? QStringLiteral("\n") : QString());
         }
         const Statements wanted = byPattern(expression, text);
         found += wanted.size();
@@ -173,7 +140,7 @@ TEST(DbcScan, CommentBlocksAsThePattern)
     for (int run = 0; run < 40000; ++run) {
         QString text;
         for (std::size_t count = 1 + random() % 3; count > 0; --count)
-            text += mutated(samples.at(static_cast<int>(random() % static_cast<unsigned>(samples.size()))), random);
+            text += mutated(anyOf(samples, random), random);
         Captures wanted;
         for (auto match = pattern.globalMatch(text); match.hasNext();)
             wanted.append(match.next().captured());
@@ -218,8 +185,7 @@ TEST(DbcScan, CommentsAsTheirPatterns)
     const QRegularExpression nodeComment(DbcPatterns::nodeComment);
     std::mt19937 random(12);
     for (int run = 0; run < 20000; ++run) {
-        const QString block =
-            mutated(samples.at(static_cast<int>(random() % static_cast<unsigned>(samples.size()))), random);
+        const QString block = mutated(anyOf(samples, random), random);
         expectSameComment(messageComment, DbcScan::findMessageComment, block);
         expectSameComment(signalComment, DbcScan::findSignalComment, block);
         expectSameComment(nodeComment, DbcScan::findNodeComment, block);
@@ -237,7 +203,7 @@ TEST(DbcScan, SignalBodiesAsThePattern)
                                  QStringLiteral("1|1@1+ (1,0) [0|1] \"open A")};
     std::mt19937 random(13);
     for (int run = 0; run < 40000; ++run) {
-        QString line = mutated(samples.at(static_cast<int>(random() % static_cast<unsigned>(samples.size()))), random);
+        QString line = mutated(anyOf(samples, random), random);
         line.remove(u'\n');
         const auto match = pattern.match(line);
         const auto body = DbcScan::readSignalBody(line);
@@ -267,7 +233,7 @@ TEST(DbcScan, ValueDescriptionsAsThePattern)
                                  QStringLiteral("VAL_ 1x y z;")};
     std::mt19937 random(14);
     for (int run = 0; run < 40000; ++run) {
-        QString text = mutated(samples.at(static_cast<int>(random() % static_cast<unsigned>(samples.size()))), random);
+        QString text = mutated(anyOf(samples, random), random);
         text.remove(u'\n');
         const auto match = pattern.match(text);
         const auto description = DbcScan::readValueDescription(text);
