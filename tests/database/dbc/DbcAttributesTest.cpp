@@ -110,6 +110,37 @@ TEST_F(DbcAttributes, TheBitRateSwitchComesFromTheMessageOrTheDefault)
     EXPECT_FALSE(msg().isBrs);
 }
 
+TEST_F(DbcAttributes, TheFirstBitRateSwitchOfAMessageCounts)
+{
+    const QByteArray format = "BA_ \"VFrameFormat\" BO_ 100 3;\n";
+    const QByteArray on = "BA_ \"CANFD_BRS\" BO_ 100 1;\n";
+    const QByteArray off = "BA_ \"CANFD_BRS\" BO_ 100 0;\n";
+    ASSERT_TRUE(parseBehindMessage(frameFormats() + on + off + format));
+    EXPECT_TRUE(msg().isBrs);
+    ASSERT_TRUE(parseBehindMessage(frameFormats() + off + on + format));
+    EXPECT_FALSE(msg().isBrs);
+    EXPECT_EQ(msg().attributes.size(), 3U);
+}
+
+TEST_F(DbcAttributes, ABitRateSwitchDefinedElsewhereFirstTakesTheDefaultAway)
+{
+    ASSERT_TRUE(parseBehindMessage("BA_DEF_ \"CANFD_BRS\" ENUM \"0\",\"1\";\n" + frameFormats() +
+                                   "BA_DEF_DEF_ \"CANFD_BRS\" \"1\";\nBA_ \"VFrameFormat\" BO_ 100 3;\n"));
+    EXPECT_EQ(model.attributeDefinitions.at(0).defaultValue, QVariant(QStringLiteral("1")));
+    EXPECT_TRUE(msg().isFd);
+    EXPECT_FALSE(msg().isBrs);
+}
+
+TEST_F(DbcAttributes, AFrameFormatThatIsNoNumberIsLoggedAndChangesNothing)
+{
+    for (const char *value : {"ExtendedCAN", "1.0", "0x1", "99999999999"}) {
+        ASSERT_TRUE(parse("BO_ 2147483749 Msg: 12 Ecu\n\n" + frameFormats() + "BA_ \"VFrameFormat\" BO_ 2147483749 \"" +
+                          value + "\";\n"));
+        EXPECT_TRUE(log.has(warning, std::string("Invalid VFrameFormat value ") + value + " in message Msg"));
+        EXPECT_TRUE(msg().isExtended && msg().isFd) << value;
+    }
+}
+
 TEST_F(DbcAttributes, AnImpossibleFrameFormatIsLogged)
 {
     ASSERT_TRUE(parseBehindMessage(frameFormats() + "BA_ \"VFrameFormat\" BO_ 100 6;\n"));

@@ -41,6 +41,25 @@ TEST_F(DbcMessages, AnExtendedMessageIsStoredWithoutBit31AndReachedByTheMaskedLo
     EXPECT_EQ(signal().comment, QStringLiteral("there"));
 }
 
+TEST_F(DbcMessages, EveryStatementReachesAnExtendedMessageByItsWrittenNumber)
+{
+    ASSERT_TRUE(parse("BO_ 2147484672 Ext: 8 Ecu\n SG_ S : 0|32@1- (2,3) [0|1] \"\" Ecu\nCM_ BO_ 2147484672 \"x\";\n"
+                      "BA_ \"M\" BO_ 2147484672 5;\nBA_ \"GenSigStartValue\" SG_ 2147484672 S 7;\n"
+                      "VAL_ 2147484672 S 1 \"one\" ;\nSIG_VALTYPE_ 2147484672 S : 1;\n"
+                      "SG_MUL_VAL_ 2147484672 S Mux 4-5;\n"));
+    const DbcMessage &extended = model.messages.at(0);
+    ASSERT_EQ(extended.attributes.size(), 1U);
+    EXPECT_EQ(extended.attributes.at(0).name, QStringLiteral("M"));
+    EXPECT_EQ(signal().attributes.size(), 1U);
+    EXPECT_EQ(signal().value, 7U);
+    EXPECT_EQ(signal().valueDescriptions.at(1), QStringLiteral("one"));
+    EXPECT_EQ(signal().factor, 1.0);
+    EXPECT_EQ(signal().multiplexValue, 4);
+    EXPECT_EQ(model.signalValueTypes.at(0).messageId, 2147484672U);
+    EXPECT_EQ(model.signalMultiplexValues.at(0).messageId, 2147484672U);
+    EXPECT_EQ(countWarningsAndErrors(), 0U);
+}
+
 TEST_F(DbcMessages, ASizeOf300IsStoredAs44AndPassesWhile100IsRejected)
 {
     ASSERT_TRUE(parse("BO_ 1 A: 300 Ecu\n\nBO_ 2 B: 100 Ecu\n\n"));
@@ -119,6 +138,20 @@ TEST_F(DbcMessages, AMessageWithoutSignalsIsKeptWithAWarning)
     ASSERT_TRUE(parse("BO_ 1 A: 8 Ecu\n\nBO_ 2 B: 8 Ecu\n"));
     EXPECT_EQ(model.messages.size(), 2U);
     EXPECT_TRUE(log.has(warning, "Parse signals exception for message(A, 1): \n\n"));
+}
+
+TEST_F(DbcMessages, AnExtendedOneWithoutSignalsIsLoggedByItsWrittenNumber)
+{
+    ASSERT_TRUE(parse("BO_ 2147484672 Ext: 8 Ecu\n\n"));
+    EXPECT_TRUE(log.has(warning, "Parse signals exception for message(Ext, 2147484672): \n\n"));
+}
+
+TEST_F(DbcMessages, ASignalNameRepeatedInALaterMessageOfTheSameNumberIsLogged)
+{
+    ASSERT_TRUE(parse("BO_ 1 A: 8 Ecu\n SG_ S : 0|8@1+ (1,0) [0|1] \"\" Ecu\n\n"
+                      "BO_ 1 B: 8 Ecu\n SG_ S : 8|8@1+ (1,0) [0|1] \"\" Ecu\n\n"));
+    EXPECT_EQ(log.count(warning, "Duplicate signal name S in message 1"), 1U);
+    EXPECT_EQ(model.findSignal(1, u"S"), &model.messages.at(1).signals.at(0));
 }
 
 TEST_F(DbcMessages, ALaterMessageOfTheSameNumberWinsTheLookUp)

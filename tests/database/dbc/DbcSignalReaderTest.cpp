@@ -1,8 +1,13 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "common/Utils.h"
 #include "database/dbc/DbcOccupiedBits.h"
+#include "database/dbc/DbcOverlapCheck.h"
 #include "tests/database/dbc/DbcFixture.h"
 
+#include <algorithm>
+#include <cstdint>
+#include <random>
+#include <set>
 #include <unordered_set>
 
 namespace {
@@ -47,6 +52,13 @@ TEST_F(DbcSignals, MultiplexMarks)
     EXPECT_FALSE(read[2].isMultiplexor || read[2].isMultiplexed);
     EXPECT_TRUE(read[3].isMultiplexed);
     EXPECT_EQ(read[3].multiplexValue, -1);
+}
+
+TEST_F(DbcSignals, AMultiplexNumberTooLargeCountsAsNone)
+{
+    ASSERT_TRUE(parseSignals("SG_ A m99999999999 : 0|8@1+ (1,0) [0|1] \"\" Ecu"));
+    EXPECT_TRUE(signal().isMultiplexed);
+    EXPECT_EQ(signal().multiplexValue, -1);
 }
 
 TEST_F(DbcSignals, LinesThatCannotBeReadAreSkipped)
@@ -204,4 +216,37 @@ TEST_F(DbcSignals, AnOverlapOfVeryLongSignalsIsOneShortLine)
     EXPECT_EQ(log.countContaining(warning, "Overlap signal"), 1U);
     for (const auto &line : log.lines())
         EXPECT_LT(line.text.size(), 2000U);
+    EXPECT_EQ(log.countContaining(warning, " LittleEndian: 0, 1, 2, "), 1U);
+    EXPECT_EQ(log.countContaining(warning, ", 62, 63, ..."), 1U);
+    EXPECT_EQ(log.countContaining(warning, " BigEndian: 511, 510, "), 1U);
+    EXPECT_EQ(log.countContaining(warning, ", 561, 560, ...\n"), 1U);
+}
+
+TEST_F(DbcSignals, OverlapsOfSignalsOfAnyLengthAreThoseOfTheirBits)
+{
+    std::mt19937 random(31);
+    const auto anySignal = [&random] {
+        DbcSignal signal;
+        signal.startBit = static_cast<std::uint16_t>(random() % 4 == 0 ? 504 + random() % 8 : random() % 512);
+        signal.size = static_cast<std::uint16_t>(1 + random() % (random() % 2 == 0 ? 40 : 700));
+        signal.isBigEndian = random() % 2 == 0;
+        return signal;
+    };
+    const auto bitsOf = [](const DbcSignal &signal) {
+        std::set<std::uint16_t> bits;
+        DbcOccupiedBits::forEach(signal.startBit, signal.size, signal.isBigEndian,
+                                 [&bits](std::uint16_t bit) { bits.insert(bit); });
+        return bits;
+    };
+    for (int run = 0; run < 1000; ++run) {
+        DbcMessage message;
+        message.signals = {anySignal()};
+        const DbcSignal later = anySignal();
+        const auto older = bitsOf(message.signals.front());
+        const auto newer = bitsOf(later);
+        const bool shares = std::any_of(newer.begin(), newer.end(), [&](auto bit) { return older.count(bit) > 0; });
+        log.clear();
+        DbcOverlapCheck(message).add(later);
+        ASSERT_EQ(log.countContaining(warning, "Overlap signal"), shares ? 1U : 0U) << run;
+    }
 }

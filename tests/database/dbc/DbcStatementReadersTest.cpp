@@ -6,7 +6,7 @@
 namespace {
 
 using DbcComments = DbcFixture;
-using DbcValueTexts = DbcFixture;
+using DbcDescriptions = DbcFixture;
 using DbcValueTypes = DbcFixture;
 using DbcMultiplexing = DbcFixture;
 
@@ -35,14 +35,35 @@ TEST_F(DbcComments, WithoutAnObjectAreLogged)
     EXPECT_TRUE(log.has(warning, "Unknown comment block: " + unknown.left(80).toStdString()));
 }
 
-TEST_F(DbcValueTexts, OfASignalMaySpreadOverLines)
+TEST_F(DbcComments, AnUnknownBlockIsLoggedWithItsLines)
+{
+    ASSERT_TRUE(parseBehindMessage("CM_ SG_ x Sig\n\"first\nsecond\" ;\nCM_ BO_ 100 \"y\";\n"));
+    EXPECT_TRUE(log.has(warning, "Unknown comment block: CM_ SG_ x Sig\n\"first\nsecond\" ;"));
+    EXPECT_EQ(model.messages.at(0).comment, QStringLiteral("y"));
+}
+
+TEST_F(DbcComments, OfAMessageWithinAnotherCommentWins)
+{
+    ASSERT_TRUE(parseBehindMessage("CM_ SG_ 100 Sig \"see CM_ BO_ 100 \"x\";\n"));
+    EXPECT_EQ(model.messages.at(0).comment, QStringLiteral("x"));
+    EXPECT_EQ(signal().comment, QString());
+}
+
+TEST_F(DbcComments, OfASignalWithinThatOfANodeWins)
+{
+    ASSERT_TRUE(parseBehindMessage("CM_ BU_ Ecu \"see CM_ SG_ 100 Sig \"x\";\n"));
+    EXPECT_EQ(signal().comment, QStringLiteral("x"));
+    EXPECT_EQ(model.nodes.at(0).comment, QString());
+}
+
+TEST_F(DbcDescriptions, OfASignalMaySpreadOverLines)
 {
     ASSERT_TRUE(parseBehindMessage("VAL_ 100 Sig 0 \"a\"\n 1 \"b\"\n ;\n"));
     EXPECT_EQ(signal().valueDescriptions.size(), 2U);
     EXPECT_EQ(signal().valueDescriptions.at(1), QStringLiteral("b"));
 }
 
-TEST_F(DbcValueTexts, KeysLoseTheirSignAndHugeOnesAreSkipped)
+TEST_F(DbcDescriptions, KeysLoseTheirSignAndHugeOnesAreSkipped)
 {
     ASSERT_TRUE(parseBehindMessage("VAL_ 100 Sig -1 \"x\" 4294967295 \"max\" 4294967296 \"huge\" 1 \"y\";\n"));
     EXPECT_EQ(signal().valueDescriptions.size(), 2U);
@@ -50,7 +71,7 @@ TEST_F(DbcValueTexts, KeysLoseTheirSignAndHugeOnesAreSkipped)
     EXPECT_EQ(signal().valueDescriptions.at(4294967295U), QStringLiteral("max"));
 }
 
-TEST_F(DbcValueTexts, ThatCannotBeReadAreLogged)
+TEST_F(DbcDescriptions, ThatCannotBeReadAreLogged)
 {
     ASSERT_TRUE(parseBehindMessage("VAL_ ;\nVAL_ 100 No 0 \"a\";\nVAL_ 100 Sig x;\nVAL_ T x;\nVAL_ 100 Sig ;\n"));
     EXPECT_TRUE(log.has(error, "Failed to parse VAL_ block: VAL_ ;"));
@@ -60,7 +81,7 @@ TEST_F(DbcValueTexts, ThatCannotBeReadAreLogged)
     EXPECT_EQ(model.valueTables.size(), 1U);
 }
 
-TEST_F(DbcValueTexts, ATakenTableNameIsRefusedForOneStatementAndAcceptedForTheOther)
+TEST_F(DbcDescriptions, ATakenTableNameIsRefusedForOneStatementAndAcceptedForTheOther)
 {
     ASSERT_TRUE(parseBehindMessage("VAL_TABLE_ T 0 \"a\" ;\nVAL_TABLE_ T 1 \"b\" ;\nVAL_ T 2 \"c\" ;\n"));
     ASSERT_EQ(model.valueTables.size(), 2U);
@@ -70,7 +91,7 @@ TEST_F(DbcValueTexts, ATakenTableNameIsRefusedForOneStatementAndAcceptedForTheOt
     EXPECT_TRUE(log.has(warning, "Value table T failed validation or already exists"));
 }
 
-TEST_F(DbcValueTexts, TablesThatCannotBeReadAreLogged)
+TEST_F(DbcDescriptions, TablesThatCannotBeReadAreLogged)
 {
     ASSERT_TRUE(parseBehindMessage("VAL_TABLE_ - 0 \"a\";\nVAL_TABLE_ T x;\n"));
     EXPECT_TRUE(model.valueTables.empty());
@@ -113,6 +134,15 @@ TEST_F(DbcValueTypes, ThatAreWrongAreLoggedAndOnesWithoutASignalAreOnlyKept)
     EXPECT_EQ(model.signalValueTypes.at(0).messageId, 7U);
 }
 
+TEST_F(DbcValueTypes, ATypeBeyondItsFieldReadsZero)
+{
+    ASSERT_TRUE(parse(floatMessage + "SIG_VALTYPE_ 100 F : 99999;\n"));
+    ASSERT_EQ(model.signalValueTypes.size(), 1U);
+    EXPECT_EQ(model.signalValueTypes.at(0).type, 0);
+    EXPECT_EQ(model.findSignal(100, u"F")->factor, 2.0);
+    EXPECT_EQ(log.countContaining(error, "Invalid signal value type"), 0U);
+}
+
 TEST_F(DbcMultiplexing, TheFirstNumberOfTheFirstRangeCounts)
 {
     ASSERT_TRUE(parseBehindMessage("SG_MUL_VAL_ 100 Sig Mux 5-7, 9-9;\nSG_MUL_VAL_ 100 No Mux 1-1;\n"));
@@ -142,4 +172,35 @@ TEST_F(DbcMultiplexing, StatementsThatAreWrongAreLogged)
     EXPECT_EQ(log.count(error, "Invalid signal multiplex value for signal Sig in message 100"), 2U);
     EXPECT_TRUE(log.has(warning, "Message not found for signal multiplex value: 9"));
     EXPECT_FALSE(signal().isMultiplexed);
+}
+
+TEST_F(DbcMultiplexing, AMissingSignalIsKeptInTheRecordWithoutALine)
+{
+    ASSERT_TRUE(parseBehindMessage("CM_ BO_ 100 \"ends the message's text\";\nSG_MUL_VAL_ 100 No Mux 1-1;\n"));
+    EXPECT_EQ(model.signalMultiplexValues.size(), 1U);
+    EXPECT_EQ(countWarningsAndErrors(), 0U);
+}
+
+TEST_F(DbcMultiplexing, ASignalThatOnlyAnEarlierMessageOfTheNumberHasIsNotMeant)
+{
+    ASSERT_TRUE(parseBehindMessage("BO_ 100 Later: 8 Ecu\n SG_ Other : 0|8@1+ (1,0) [0|1] \"\" Ecu\n\n"
+                                   "CM_ BO_ 100 \"x\";\nSG_MUL_VAL_ 100 Sig Mux 1-1;\n"));
+    EXPECT_NE(model.findSignal(100, u"Sig"), nullptr);
+    EXPECT_FALSE(signal().isMultiplexed);
+    EXPECT_EQ(model.signalMultiplexValues.size(), 1U);
+    EXPECT_EQ(countWarningsAndErrors(), 0U);
+}
+
+TEST_F(DbcMultiplexing, NumbersBeyondTheirTypesReadZero)
+{
+    ASSERT_TRUE(parseBehindMessage("SG_MUL_VAL_ 100 Sig Mux 5-99999999999;\n"));
+    EXPECT_TRUE(log.has(error, "Invalid value range 5-0 for multiplexor"));
+    EXPECT_FALSE(signal().isMultiplexed);
+    ASSERT_TRUE(parseBehindMessage("SG_MUL_VAL_ 100 Sig Mux 99999999999-3;\n"));
+    EXPECT_TRUE(signal().isMultiplexed);
+    EXPECT_EQ(signal().multiplexValue, 0);
+    ASSERT_TRUE(parseBehindMessage("SG_MUL_VAL_ 100 Sig Mux 4294967295-4294967295;\n")); // no value of a signal
+    EXPECT_EQ(signal().multiplexValue, 0);
+    ASSERT_TRUE(parseBehindMessage("SG_MUL_VAL_ 99999999999 Sig Mux 1-1;\n"));
+    EXPECT_TRUE(log.has(warning, "Message not found for signal multiplex value: 0"));
 }
