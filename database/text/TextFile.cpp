@@ -39,6 +39,39 @@ void replaceLoneSurrogates(QString &text)
     }
 }
 
+// A text that comes piece by piece. As in a stream, a character that the end cuts off is dropped.
+class PieceDecoder
+{
+public:
+    /// @param begin  the first bytes of the text, with its byte order mark if it has one
+    PieceDecoder(const QByteArray &begin, const QString &encoding)
+        : m_codec(codecFor(begin, encoding))
+    {
+    }
+
+    QString decode(const char *bytes, int size) { return m_codec->toUnicode(bytes, size, &m_state); }
+
+private:
+    QTextCodec *m_codec;
+    QTextCodec::ConverterState m_state;
+};
+
+// In pieces: a large file is not held in bytes as well, and a piece's memory serves the next one. Nothing where reading
+// fails.
+std::optional<QString> decodePieces(QFile &file, const QString &encoding)
+{
+    constexpr int pieceBytes = 32 * 1024;
+    QByteArray piece = file.read(pieceBytes);
+    PieceDecoder decoder(piece, encoding);
+    QString text;
+    text.reserve(static_cast<int>(file.size()));             // of characters, which seldom are more than bytes
+    while (!piece.isEmpty() && file.pos() <= maximumBytes) { // also where the file grows meanwhile
+        text += decoder.decode(piece.constData(), piece.size());
+        piece = file.read(pieceBytes);
+    }
+    return piece.isEmpty() && file.error() == QFileDevice::NoError ? std::optional(std::move(text)) : std::nullopt;
+}
+
 } // namespace
 
 std::optional<QString> read(const QString &path, const QString &encoding)
@@ -46,19 +79,17 @@ std::optional<QString> read(const QString &path, const QString &encoding)
     if (!QFileInfo(path).isFile()) // a pipe would hold up the reader, a device might never end
         return std::nullopt;
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly) || file.size() > maximumBytes)
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered) || file.size() > maximumBytes)
         return std::nullopt;
-    const QByteArray bytes = file.readAll();
-    if (file.error() != QFileDevice::NoError)
-        return std::nullopt;
-    return decode(bytes, encoding);
+    std::optional<QString> text = decodePieces(file, encoding);
+    if (text)
+        replaceLoneSurrogates(*text);
+    return text;
 }
 
 QString decode(const QByteArray &bytes, const QString &encoding)
 {
-    QTextCodec *codec = codecFor(bytes, encoding);
-    QTextCodec::ConverterState state; // as in a stream: a character cut off by the end is dropped
-    QString text = codec->toUnicode(bytes.constData(), bytes.size(), &state);
+    QString text = PieceDecoder(bytes, encoding).decode(bytes.constData(), bytes.size());
     replaceLoneSurrogates(text);
     return text;
 }

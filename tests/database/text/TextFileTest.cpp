@@ -83,6 +83,22 @@ TEST(TextFile, KeepsReturns)
     EXPECT_EQ(TextFile::read(QStringLiteral("a.dbc"), QStringLiteral("UTF-8")), QStringLiteral("a\rb\r\nc"));
 }
 
+// Characters of one to four bytes, so that the end of each piece that is read falls into one at some size or other.
+TEST(TextFile, ALargeFileIsReadAsOne)
+{
+    const tztest::TempWorkDir dir;
+    const QString unit = QStringLiteral("\u6e29a\u00b0\U0001F600\r\n");
+    for (const char *name : {"UTF-8", "GB18030", "UTF-16LE", "UTF-16"}) {
+        QTextCodec *codec = QTextCodec::codecForName(name);
+        for (int offset = 0; offset < 4; ++offset) {
+            const QString text = QString(offset, u'x') + unit.repeated(30000);
+            writeFile(QStringLiteral("large"), codec->fromUnicode(text));
+            const auto read = TextFile::read(QStringLiteral("large"), QString::fromLatin1(name));
+            ASSERT_TRUE(read == text) << name << ", moved by " << offset; // not printed: it is long
+        }
+    }
+}
+
 TEST(TextFile, AnEmptyFileIsAnEmptyText)
 {
     const tztest::TempWorkDir dir;
