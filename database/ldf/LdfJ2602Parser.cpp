@@ -2,12 +2,12 @@
 #include "database/ldf/LdfJ2602Parser.h"
 
 #include "common/Log.h"
+#include "database/text/KeyedHash.h"
 #include "database/text/LogText.h"
 #include "database/text/Numbers.h"
 #include "database/text/Sections.h"
 
 #include <QRegularExpression>
-#include <QSet>
 
 #include <algorithm>
 
@@ -107,17 +107,17 @@ bool LdfJ2602Parser::checkConfigurableFrames(const LdfNode &node)
         logError("J2602 slave node {} must have configurable frames defined", LogText(node.name));
         return false;
     }
-    QSet<QString> checked; // a list may name a frame again
+    const LdfLookups::SignalNumbers &received = lookups().signalsReceivedBy(node.name);
+    TextSet checked; // a list may name a frame again
     for (const QString &name : node.configurableFrames) {
-        if (checked.contains(name))
+        if (!checked.insert(name).second)
             continue;
-        checked.insert(name);
         const auto frame = config().frames.find(name);
         if (frame == config().frames.end()) {
             logError("Configurable frame {} not found for node {}", LogText(name), LogText(node.name));
             return false;
         }
-        if (frame->second.publisher != node.name && !lookups().isSubscriber(node.name, frame->second)) {
+        if (frame->second.publisher != node.name && !lookups().hasAnyOf(frame->second, received)) {
             logError("Node {} neither publishes nor subscribes to configurable frame {}", LogText(node.name),
                      LogText(name));
             return false;

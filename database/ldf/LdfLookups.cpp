@@ -11,6 +11,7 @@ void LdfLookups::clear()
     m_configurableFrames.reset();
     m_subscriptions.reset();
     m_longestDelays.reset();
+    m_askedTables.clear();
 }
 
 const LdfSignal *LdfLookups::frameSignal(const QString &name)
@@ -18,62 +19,94 @@ const LdfSignal *LdfLookups::frameSignal(const QString &name)
     if (!m_frameSignals) {
         m_frameSignals.emplace();
         for (const auto &[frameName, frame] : m_config.frames) {
-            for (const auto &[signalName, signal] : frame.signals) {
-                if (!m_frameSignals->contains(signalName))
-                    m_frameSignals->insert(signalName, &signal);
-            }
+            for (const auto &[signalName, signal] : frame.signals)
+                m_frameSignals->emplace(signalName, &signal); // the first one stays
         }
     }
-    return m_frameSignals->value(name, nullptr);
+    const auto signal = m_frameSignals->find(name);
+    return signal == m_frameSignals->end() ? nullptr : signal->second;
 }
 
 bool LdfLookups::isConfigurable(const QString &frameName)
 {
     if (!m_configurableFrames) {
         m_configurableFrames.emplace();
-        for (const auto &[slaveName, slave] : m_config.slaves) {
-            for (const QString &name : slave.configurableFrames)
-                m_configurableFrames->insert(name);
-        }
+        for (const auto &[slaveName, slave] : m_config.slaves)
+            m_configurableFrames->insert(slave.configurableFrames.begin(), slave.configurableFrames.end());
     }
-    return m_configurableFrames->contains(frameName);
+    return m_configurableFrames->count(frameName) > 0;
 }
 
-bool LdfLookups::isSubscriber(const QString &node, const LdfFrame &frame)
+LdfLookups::Subscriptions LdfLookups::gatherSubscriptions() const
 {
-    if (!m_subscriptions) {
-        m_subscriptions.emplace();
-        QSet<QString> seen; // a signal has the same subscribers in every frame
-        for (const auto &[frameName, each] : m_config.frames) {
-            for (const auto &[signalName, signal] : each.signals) {
-                if (seen.contains(signalName))
-                    continue;
-                seen.insert(signalName);
-                for (const QString &subscriber : signal.subscribers)
-                    (*m_subscriptions)[subscriber].insert(signalName);
-            }
+    Subscriptions gathered;
+    TextMap<std::size_t> numbers;
+    for (const auto &[frameName, frame] : m_config.frames) {
+        SignalNumbers &inFrame = gathered.byFrame[&frame];
+        for (const auto &[signalName, signal] : frame.signals) {
+            const auto [number, isNew] = numbers.try_emplace(signalName, numbers.size());
+            inFrame.push_back(number->second);
+            if (!isNew) // a signal has the same subscribers in every frame
+                continue;
+            for (const QString &subscriber : signal.subscribers)
+                gathered.byNode[subscriber].push_back(number->second);
         }
+        std::sort(inFrame.begin(), inFrame.end());
     }
-    const auto received = m_subscriptions->constFind(node);
-    return received != m_subscriptions->constEnd() &&
-           std::any_of(frame.signals.begin(), frame.signals.end(),
-                       [&](const auto &each) { return received->contains(each.first); });
+    return gathered;
+}
+
+const LdfLookups::Subscriptions &LdfLookups::subscriptions()
+{
+    if (!m_subscriptions)
+        m_subscriptions = gatherSubscriptions();
+    return *m_subscriptions;
+}
+
+const LdfLookups::SignalNumbers &LdfLookups::signalsReceivedBy(const QString &node)
+{
+    static const SignalNumbers none;
+    const auto received = subscriptions().byNode.find(node);
+    return received == subscriptions().byNode.end() ? none : received->second;
+}
+
+bool LdfLookups::hasAnyOf(const LdfFrame &frame, const SignalNumbers &signalNumbers)
+{
+    const auto inFrame = subscriptions().byFrame.find(&frame);
+    if (inFrame == subscriptions().byFrame.end())
+        return false;
+    // Through the shorter list: many nodes may ask about one frame of many signals, and one node about many frames.
+    const bool isFrameShorter = inFrame->second.size() < signalNumbers.size();
+    const SignalNumbers &shorter = isFrameShorter ? inFrame->second : signalNumbers;
+    const SignalNumbers &longer = isFrameShorter ? signalNumbers : inFrame->second;
+    return std::any_of(shorter.begin(), shorter.end(), [&longer](std::size_t number) {
+        return std::binary_search(longer.begin(), longer.end(), number);
+    });
+}
+
+void LdfLookups::gatherDelays()
+{
+    m_longestDelays.emplace();
+    for (const LdfScheduleTable &table : m_config.scheduleTables) {
+        double longest = 0.0;
+        for (const LdfScheduleEntry &entry : table.entries)
+            longest = std::max(longest, entry.delay);
+        m_longestDelays->emplace(table.name, longest); // the first table of that name stays
+    }
 }
 
 std::optional<double> LdfLookups::longestDelay(const QString &tableName)
 {
-    if (!m_longestDelays) {
-        m_longestDelays.emplace();
-        for (const LdfScheduleTable &table : m_config.scheduleTables) {
-            double longest = 0.0;
-            for (const LdfScheduleEntry &entry : table.entries)
-                longest = std::max(longest, entry.delay);
-            if (!m_longestDelays->contains(table.name))
-                m_longestDelays->insert(table.name, longest);
-        }
-    }
-    const auto delay = m_longestDelays->constFind(tableName);
-    return delay == m_longestDelays->constEnd() ? std::nullopt : std::optional(delay.value());
+    // Asked for every member in every slot of an event-triggered frame, always with that frame's own text.
+    const auto asked = m_askedTables.find(tableName.constData());
+    if (asked != m_askedTables.end())
+        return asked->second.longestDelay;
+    if (!m_longestDelays)
+        gatherDelays();
+    const auto delay = m_longestDelays->find(tableName);
+    const auto longest = delay == m_longestDelays->end() ? std::nullopt : std::optional(delay->second);
+    m_askedTables.emplace(tableName.constData(), AskedTable{tableName, longest});
+    return longest;
 }
 
 } // namespace Common

@@ -2,12 +2,14 @@
 #pragma once
 
 #include "database/ldf/LdfConfig.h"
+#include "database/text/KeyedHash.h"
 
-#include <QHash>
-#include <QSet>
 #include <QString>
 
+#include <cstddef>
 #include <optional>
+#include <unordered_map>
+#include <vector>
 
 namespace Common {
 
@@ -16,6 +18,9 @@ namespace Common {
 class LdfLookups
 {
 public:
+    /// Signals by numbers of their own, ascending; names may be long, and would be compared again and again.
+    using SignalNumbers = std::vector<std::size_t>;
+
     /// @p config must outlive this object.
     explicit LdfLookups(const LdfConfig &config)
         : m_config(config)
@@ -27,17 +32,37 @@ public:
     const LdfSignal *frameSignal(const QString &name);
     /// True when any slave lists the frame as configurable.
     bool isConfigurable(const QString &frameName);
-    /// True when the node receives a signal of the frame.
-    bool isSubscriber(const QString &node, const LdfFrame &frame);
-    /// The longest delay of the first schedule table of that name; 0 when it is empty, nothing when there is none.
+    /// The signals of the unconditional frames that a node subscribes to.
+    const SignalNumbers &signalsReceivedBy(const QString &node);
+    /// True when one of the signals is in the frame, which must be one of the configuration's unconditional ones.
+    bool hasAnyOf(const LdfFrame &frame, const SignalNumbers &signalNumbers);
+    /// The longest delay of the first schedule table of that name; 0 when it is empty, nothing when there is none. The
+    /// same text object asked again costs the same however long it is.
     std::optional<double> longestDelay(const QString &tableName);
 
 private:
+    struct AskedTable
+    {
+        QString name; // kept, so that its buffer stays its own
+        std::optional<double> longestDelay;
+    };
+
+    struct Subscriptions
+    {
+        TextMap<SignalNumbers> byNode;
+        std::unordered_map<const LdfFrame *, SignalNumbers> byFrame; // those that are in it
+    };
+
+    const Subscriptions &subscriptions();
+    Subscriptions gatherSubscriptions() const;
+    void gatherDelays();
+
     const LdfConfig &m_config;
-    std::optional<QHash<QString, const LdfSignal *>> m_frameSignals;
-    std::optional<QSet<QString>> m_configurableFrames;
-    std::optional<QHash<QString, QSet<QString>>> m_subscriptions; // node to its signals
-    std::optional<QHash<QString, double>> m_longestDelays;
+    std::optional<TextMap<const LdfSignal *>> m_frameSignals;
+    std::optional<TextSet> m_configurableFrames;
+    std::optional<Subscriptions> m_subscriptions;
+    std::optional<TextMap<double>> m_longestDelays;
+    std::unordered_map<const QChar *, AskedTable> m_askedTables; // by the name's buffer
 };
 
 } // namespace Common

@@ -52,18 +52,16 @@ LdfBlockIndex::LdfBlockIndex(QStringView text)
     , m_budget(text.size() * nestingAllowed)
 {
     LdfMatch block;
-    while ((block = matchLdfBlockStart(text, qMax(block.end, qsizetype{0})))) {
-        if (!m_blocks.contains(block[1]))
-            m_blocks.insert(block[1], block.end);
-    }
+    while ((block = matchLdfBlockStart(text, qMax(block.end, qsizetype{0}))))
+        m_blocks.emplace(block[1], block.end); // the first one stays
 }
 
 std::optional<QStringView> LdfBlockIndex::find(QStringView name)
 {
-    const auto found = m_blocks.constFind(name);
-    if (found == m_blocks.constEnd())
+    const auto found = m_blocks.find(name);
+    if (found == m_blocks.end())
         return reportMissing(name);
-    const auto block = insideBraces(m_text, found.value(), name);
+    const auto block = insideBraces(m_text, found->second, name);
     if (!block)
         return std::nullopt;
     m_budget -= block->size();

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
-#include <QHash>
+#include "database/text/KeyedHash.h"
+
 #include <QString>
 #include <QStringList>
 #include <QStringView>
@@ -27,8 +28,8 @@ public:
 
 private:
     QStringView m_text;
-    QHash<QStringView, qsizetype> m_blocks; // name to the place behind the first such block's opening brace
-    qsizetype m_budget = 0;                 // characters that may still be handed out
+    TextViewMap<qsizetype> m_blocks; // name to the place behind the first such block's opening brace
+    qsizetype m_budget = 0;          // characters that may still be handed out
 };
 
 /// The parts between separators, trimmed, in order; a part with nothing at all in it is left out, one of blanks is not.
