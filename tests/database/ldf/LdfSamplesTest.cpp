@@ -5,7 +5,6 @@
 #include "tests/database/ldf/LdfSource.h"
 #include "tests/support/LogCapture.h"
 
-#include <QElapsedTimer>
 #include <QFile>
 #include <QTextCodec>
 
@@ -127,6 +126,20 @@ TEST(LdfParserChoice, ParserReadsOneFileAfterTheOther)
     EXPECT_EQ(parser.filePath(), samplePath("lin13.ldf"));
 }
 
+TEST(LdfParserChoice, ParserForgetsWhatItAcceptedInTheFileBefore)
+{
+    Common::LdfISO17987Parser parser;
+    ASSERT_TRUE(parser.parseFile(samplePath("iso17987.ldf"), QStringLiteral("UTF-8")));
+    const QStringList tables = parser.acceptedTables();
+    EXPECT_EQ(static_cast<std::size_t>(tables.size()), parser.config().scheduleTables.size());
+    ASSERT_TRUE(parser.parseFile(samplePath("iso17987.ldf"), QStringLiteral("UTF-8")));
+    EXPECT_EQ(parser.acceptedTables(), tables);
+    EXPECT_TRUE(parser.hasAcceptedTable());
+    EXPECT_FALSE(parser.parseFile(samplePath("no such file"), QStringLiteral("UTF-8")));
+    EXPECT_TRUE(parser.acceptedTables().isEmpty());
+    EXPECT_FALSE(parser.hasAcceptedTable());
+}
+
 TEST(LdfTextEncodings, KeepUnitsAndTextsIntact)
 {
     const QString text = QString::fromUtf8(sampleBytes("iso17987.ldf"));
@@ -166,34 +179,6 @@ TEST(LdfTextEncodings, UnknownCodecIsLoggedOnceAndTheSystemsTaken)
     tztest::LogCapture log;
     ASSERT_TRUE(loadLdfBytes(sampleBytes("lin21.ldf"), QStringLiteral("no-such-codec")));
     EXPECT_EQ(log.count(2, "Failed to find codec for encoding no-such-codec, trying system default"), 1U);
-}
-
-TEST(LdfSpeed, GrowsWithTheFileAndNoFaster)
-{
-    const auto large = [](int frames) {
-        LdfSource source;
-        for (int index = 0; index < frames; ++index) {
-            const QString number = QString::number(index);
-            source.signalList += QStringLiteral("\nS%1: 8, 0, Slave1, Master1;").arg(number);
-            source.frames += QStringLiteral("\nF%1: 0x20, Slave1, 1 { S%1, 0; }").arg(number);
-        }
-        return source.text().toUtf8();
-    };
-    const auto measure = [](const QByteArray &bytes) {
-        qint64 best = std::numeric_limits<qint64>::max();
-        for (int round = 0; round < 3; ++round) {
-            QElapsedTimer timer;
-            timer.start();
-            EXPECT_TRUE(loadLdfBytes(bytes));
-            best = qMin(best, timer.nsecsElapsed());
-        }
-        return best;
-    };
-    const QByteArray small = large(1'000);
-    const QByteArray tenfold = large(10'000);
-    const double growth = static_cast<double>(measure(tenfold)) / static_cast<double>(measure(small));
-    const double size = static_cast<double>(tenfold.size()) / static_cast<double>(small.size());
-    EXPECT_LT(growth, 2.0 * size); // far from the square, and wide enough for a busy machine
 }
 
 } // namespace

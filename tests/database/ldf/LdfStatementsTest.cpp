@@ -7,8 +7,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <functional>
 #include <random>
+#include <vector>
 
 namespace {
 
@@ -71,6 +74,14 @@ std::vector<PatternCase> patternCases()
     };
 }
 
+QString randomText(std::mt19937 &random, const QStringList &atoms, unsigned mostAtoms)
+{
+    QString text;
+    for (unsigned length = 2 + static_cast<unsigned>(random() % mostAtoms); length > 0; --length)
+        text += atoms[static_cast<int>(random() % static_cast<unsigned>(atoms.size()))];
+    return text;
+}
+
 void compareWithEngine(const PatternCase &test, const QRegularExpression &pattern, const QString &text)
 {
     const auto expected = pattern.match(text);
@@ -78,9 +89,41 @@ void compareWithEngine(const PatternCase &test, const QRegularExpression &patter
     ASSERT_EQ(static_cast<bool>(found), expected.hasMatch()) << text.toStdString();
     if (!expected.hasMatch())
         return;
+    ASSERT_EQ(found.end, expected.capturedEnd(0)) << text.toStdString();
     for (int number = 1; number <= pattern.captureCount(); ++number)
         ASSERT_EQ(found.text(static_cast<std::size_t>(number)).toStdString(), expected.captured(number).toStdString())
             << "capture " << number << " in " << text.toStdString();
+}
+
+// Three statements are read one after the other, each from the end of the one before.
+struct RepeatedReader
+{
+    const char *name; // of its pattern case
+    LdfMatch (*match)(QStringView text, qsizetype from);
+    const char *statement; // whole, so that the texts hold several
+};
+constexpr std::array repeatedReaders{
+    RepeatedReader{"BlockStart", &Common::matchLdfBlockStart, "a {"},
+    RepeatedReader{"ConfigurableFrame", &Common::matchLdfConfigurableFrame, "a=0x1F;"},
+    RepeatedReader{"DiagnosticFrame", &Common::matchLdfDiagnosticFrame, "a:60{;}"},
+};
+
+QStringList allFound(const RepeatedReader &reader, const QString &text)
+{
+    QStringList found;
+    for (LdfMatch each; (each = reader.match(text, qMax(each.end, qsizetype{0})));)
+        found += QStringLiteral("%1 until %2").arg(each.text(1)).arg(each.end);
+    return found;
+}
+
+QStringList allExpected(const QRegularExpression &pattern, const QString &text)
+{
+    QStringList found;
+    for (auto matches = pattern.globalMatch(text); matches.hasNext();) {
+        const auto match = matches.next();
+        found += QStringLiteral("%1 until %2").arg(match.captured(1)).arg(match.capturedEnd(0));
+    }
+    return found;
 }
 
 TEST(LdfStatements, FindWhatTheirPatternsFind)
@@ -92,9 +135,7 @@ TEST(LdfStatements, FindWhatTheirPatternsFind)
         ASSERT_TRUE(pattern.isValid()) << pattern.errorString().toStdString();
         int matches = 0;
         for (int round = 0; round < 12'000; ++round) {
-            QString text;
-            for (int length = 2 + static_cast<int>(random() % 18); length > 0; --length)
-                text += test.atoms[static_cast<int>(random() % static_cast<unsigned>(test.atoms.size()))];
+            QString text = randomText(random, test.atoms, 18);
             if (round % 2 == 0) // half of the texts begin as a statement does
                 text.prepend(test.atoms.front());
             compareWithEngine(test, pattern, text);
@@ -103,6 +144,29 @@ TEST(LdfStatements, FindWhatTheirPatternsFind)
                 return;
         }
         EXPECT_GT(matches, 5) << "the texts should match now and then";
+    }
+}
+
+TEST(LdfStatements, ReadOneAfterTheOtherAreAllThatTheirPatternsFind)
+{
+    std::mt19937 random(20260111);
+    const std::vector<PatternCase> cases = patternCases();
+    for (const RepeatedReader &reader : repeatedReaders) {
+        SCOPED_TRACE(reader.name);
+        const auto test = std::find_if(cases.begin(), cases.end(), [&reader](const PatternCase &each) {
+            return qstrcmp(each.name, reader.name) == 0;
+        });
+        ASSERT_NE(test, cases.end());
+        const QRegularExpression pattern(test->pattern);
+        const QStringList atoms = test->atoms + QStringList(QString::fromLatin1(reader.statement));
+        int several = 0;
+        for (int round = 0; round < 12'000; ++round) {
+            const QString text = randomText(random, atoms, 30);
+            const QStringList found = allFound(reader, text);
+            ASSERT_EQ(found, allExpected(pattern, text)) << text.toStdString();
+            several += found.size() > 1 ? 1 : 0;
+        }
+        EXPECT_GT(several, 100) << "the texts should hold several now and then";
     }
 }
 
