@@ -6,7 +6,8 @@
 
 #include <QStringList>
 
-#include <algorithm>
+#include <unordered_map>
+#include <vector>
 
 namespace DbcStatements {
 
@@ -53,38 +54,49 @@ QString defaultText(const DbcAttributeDefinition &definition)
     return {};
 }
 
-// Whether values of that attribute stand in quotes.
-bool isTextAttribute(const DbcFile &file, const QString &name)
+// The names of the attributes whose values stand in quotes. The first definition of a name decides.
+class TextAttributes
 {
-    const auto &definitions = file.attributeDefinitions;
-    const auto found = std::find_if(definitions.begin(), definitions.end(),
-                                    [&](const DbcAttributeDefinition &definition) { return definition.name == name; });
-    return found != definitions.end() && (found->valueType == stringType || found->valueType == enumType);
-}
+public:
+    explicit TextAttributes(const std::vector<DbcAttributeDefinition> &definitions)
+    {
+        for (const DbcAttributeDefinition &definition : definitions)
+            m_isText.try_emplace(definition.name,
+                                 definition.valueType == stringType || definition.valueType == enumType);
+    }
+    bool contains(const QString &name) const
+    {
+        const auto found = m_isText.find(name);
+        return found != m_isText.end() && found->second;
+    }
+
+private:
+    std::unordered_map<QString, bool> m_isText; // by name
+};
 
 QString statement(const QString &name, const QString &object, const QString &value)
 {
     return QStringLiteral("BA_ ") + quoted(name) + QLatin1Char(' ') + object + value + statementEnd;
 }
 
-QString fileValuesText(const DbcFile &file)
+QString fileValuesText(const DbcFile &file, const TextAttributes &textAttributes)
 {
     QString text;
     for (const DbcAttributeValue &attribute : file.attributes) {
-        const bool isText = isTextAttribute(file, attribute.name);
+        const bool isText = textAttributes.contains(attribute.name);
         text += statement(withPlainQuotes(attribute.name), {},
                           isText ? quoted(withPlainQuotes(attribute.value)) : attribute.value);
     }
     return text;
 }
 
-QString nodeValuesText(const DbcFile &file)
+QString nodeValuesText(const DbcFile &file, const TextAttributes &textAttributes)
 {
     QString text;
     for (const DbcNode &node : file.nodes) {
         const QString object = QStringLiteral("BU_ ") + node.name + QLatin1Char(' ');
         for (const DbcAttributeValue &attribute : node.attributes) {
-            const bool isText = isTextAttribute(file, attribute.name);
+            const bool isText = textAttributes.contains(attribute.name);
             text += statement(attribute.name, object, isText ? quoted(attribute.value) : attribute.value);
         }
     }
@@ -134,7 +146,8 @@ QString attributeDefaultsText(const DbcFile &file)
 
 QString attributeValuesText(const DbcFile &file)
 {
-    QString text = fileValuesText(file) + nodeValuesText(file);
+    const TextAttributes textAttributes(file.attributeDefinitions);
+    QString text = fileValuesText(file, textAttributes) + nodeValuesText(file, textAttributes);
     for (const DbcMessage &message : file.specialMessages)
         text += messageValuesText(message);
     for (const DbcMessage &message : file.messages)

@@ -15,10 +15,10 @@ namespace {
 // As a number is shown: the mark of an extended identifier is no part of it.
 constexpr std::uint32_t identifierMask = 0x1FFFFFFF;
 
-QString translated(const char *text)
+struct Text
 {
-    return QCoreApplication::translate("DbcExport", text);
-}
+    Q_DECLARE_TR_FUNCTIONS(DbcExport)
+};
 
 QString repeatedSignalNames(const DbcMessage &message)
 {
@@ -26,7 +26,7 @@ QString repeatedSignalNames(const DbcMessage &message)
     QSet<QString> names;
     for (const DbcSignal &signal : message.signals) {
         if (names.contains(signal.name))
-            text += translated("Duplicate signal name found: %1\n").arg(signal.name);
+            text += Text::tr("Duplicate signal name found: %1\n").arg(signal.name);
         names.insert(signal.name);
     }
     return text;
@@ -38,13 +38,13 @@ bool validateMessagesForExport(const std::vector<DbcMessage> &messages, QString 
 {
     outText.clear();
     if (messages.empty()) {
-        outText = translated("The current file dbc message is empty");
+        outText = Text::tr("The current file dbc message is empty");
         return false;
     }
     std::unordered_set<std::uint32_t> ids;
     for (const DbcMessage &message : messages) {
         if (!ids.insert(message.id).second) {
-            outText = translated("Duplicate message ID found: 0x%1")
+            outText = Text::tr("Duplicate message ID found: 0x%1")
                           .arg(QString::number(message.id & identifierMask, 16).toUpper());
             return false;
         }

@@ -79,9 +79,14 @@ std::uint16_t getMessageStartDelay(const DbcMessage &message)
 
 QString getMessageSendTypeText(const DbcMessage &message)
 {
-    static constexpr std::array texts{
-        "Cyclic",   "Event Triggered", "Event + Cyclic", "Bit-Aligned Frame", "Event with Min Cycle",
-        "Not Sent", "On Change"};
+    static constexpr std::array texts{QT_TRANSLATE_NOOP("DbcSendAttributes", "Cyclic"),
+                                      QT_TRANSLATE_NOOP("DbcSendAttributes", "Event Triggered"),
+                                      QT_TRANSLATE_NOOP("DbcSendAttributes", "Event + Cyclic"),
+                                      QT_TRANSLATE_NOOP("DbcSendAttributes", "Bit-Aligned Frame"),
+                                      QT_TRANSLATE_NOOP("DbcSendAttributes", "Event with Min Cycle"),
+                                      QT_TRANSLATE_NOOP("DbcSendAttributes", "Not Sent"),
+                                      QT_TRANSLATE_NOOP("DbcSendAttributes", "On Change")};
+    static constexpr const char *unknown = QT_TRANSLATE_NOOP("DbcSendAttributes", "Unknown");
     const auto index = static_cast<std::size_t>(getMessageSendType(message) & 0xFF);
-    return QCoreApplication::translate("DbcSendAttributes", index < texts.size() ? texts[index] : "Unknown");
+    return QCoreApplication::translate("DbcSendAttributes", index < texts.size() ? texts[index] : unknown);
 }

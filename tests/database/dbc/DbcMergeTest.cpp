@@ -12,6 +12,8 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+
 using tztest::makeMessage;
 using tztest::makeSignal;
 using tztest::readFile;
@@ -126,7 +128,7 @@ TEST_F(DbcMerge, KeepsTheEncoding)
     const QString text = QStringLiteral("CM_ \"Größe\";");
     DbcMessage message = makeMessage(1, "M", {makeSignal("S")});
     message.signals[0].unit = QStringLiteral("°C");
-    for (const char *name : {"UTF-8", "windows-1252", "GB18030", "UTF-16LE"}) {
+    for (const char *name : {"UTF-8", "windows-1252", "GB18030", "UTF-16", "UTF-16LE", "UTF-16BE"}) {
         QTextCodec *codec = QTextCodec::codecForName(name);
         QTextCodec::ConverterState withoutMark(QTextCodec::IgnoreHeader);
         const QByteArray source = codec->fromUnicode(text.constData(), text.size(), &withoutMark);
@@ -145,6 +147,37 @@ TEST_F(DbcMerge, AByteOrderMarkOverridesTheEncodingAndIsKept)
                         "e\";");
     EXPECT_TRUE(DbcWriter::merge("in.dbc", "out.dbc", {}, "windows-1252"));
     EXPECT_EQ(readFile("out.dbc"), readFile("in.dbc"));
+}
+
+TEST_F(DbcMerge, AMarkOfWiderCharactersIsKeptToo)
+{
+    const QString text = QStringLiteral("CM_ \"Größe 温度\";");
+    for (const char *name : {"UTF-16LE", "UTF-16BE", "UTF-32LE", "UTF-32BE"}) {
+        writeFile("in.dbc", QTextCodec::codecForName(name)->fromUnicode(text)); // with a mark
+        ASSERT_TRUE(DbcWriter::merge("in.dbc", "out.dbc", messages, "UTF-8")) << name;
+        const QByteArray expected =
+            QTextCodec::codecForName(name)->fromUnicode(QString::fromUtf8(newText) + '\n' + text);
+        EXPECT_EQ(readFile("out.dbc"), expected) << name;
+    }
+}
+
+TEST_F(DbcMerge, PathsWithBlanksAndChineseCharacters)
+{
+    writeFile("目录 一/温度 a.dbc", "abc");
+    EXPECT_TRUE(DbcWriter::merge("目录 一/温度 a.dbc", "目录 一/温度 b.dbc", messages, "UTF-8"));
+    EXPECT_EQ(readFile("目录 一/温度 b.dbc"), newText + "\nabc");
+    EXPECT_TRUE(log.lines().empty());
+    EXPECT_FALSE(DbcWriter::merge("目录 一/没有.dbc", "out.dbc", messages, "UTF-8"));
+    EXPECT_EQ(log.lines(), (Lines{{3, "DBC merge failed by save file: 目录 一/没有.dbc"}}));
+}
+
+TEST_F(DbcMerge, ALineThatCannotBeSearchedIsToldAndDoesNotCount)
+{
+    QString line = QStringLiteral("SG_ S : 0|8@1+ (1,0) [0|255] \"?\"");
+    line[line.indexOf('?')] = QChar(0xD800); // half a character
+    const QString text = QStringLiteral("SG_ S : 0|8@1+ (1,0) [0|255] \"\"\n") + line;
+    EXPECT_EQ(DbcStatements::mergedText(text, {}), QStringLiteral("SG_ S : 0|8@1+ (1,0) [0|255] \"\"\n\n\n") + line);
+    EXPECT_EQ(log.countContaining(3, "could not be applied to a text of "), 1U);
 }
 
 TEST_F(DbcMerge, AnUnknownEncodingIsTheLocales)
@@ -174,12 +207,16 @@ TEST_F(DbcMerge, ADestinationThatCannotBeWrittenIsToldByItsPath)
 
 TEST_F(DbcMerge, AWriteThatFallsShortIsToldAndLeavesWhatWasThere)
 {
-    writeFile("in.dbc", QByteArray(1'000'000, 'c'));
     writeFile("out.dbc", "old");
-    {
-        const tztest::FileSizeLimit limit(500'000);
-        EXPECT_FALSE(DbcWriter::merge("in.dbc", "out.dbc", messages, "UTF-8"));
+    for (const auto &[size, room] :
+         {std::pair(1'000'000, 500'000U), std::pair(510'000, 500'000U), std::pair(1'000, 0U)}) {
+        writeFile("in.dbc", QByteArray(size, 'c'));
+        log.clear();
+        {
+            const tztest::FileSizeLimit limit(room);
+            EXPECT_FALSE(DbcWriter::merge("in.dbc", "out.dbc", messages, "UTF-8")) << size;
+        }
+        EXPECT_EQ(log.lines(), (Lines{{3, "DBC merge failed by save file: out.dbc"}})) << size;
+        EXPECT_EQ(readFile("out.dbc"), "old") << size;
     }
-    EXPECT_EQ(log.lines(), (Lines{{3, "DBC merge failed by save file: out.dbc"}}));
-    EXPECT_EQ(readFile("out.dbc"), "old");
 }
