@@ -142,6 +142,38 @@ TEST_F(DbcFileManagerTest, AListedFileThatHasGoneIsGoneFromTheNextSave)
     EXPECT_TRUE(readFile("config/dbc_manager.json").contains("a.dbc"));
 }
 
+TEST_F(DbcFileManagerTest, APathWithBlanksAndChineseCharactersComesBackInTheNextRun)
+{
+    const QString path = QStringLiteral("目录 一/温度 a.dbc");
+    writeFile(path, sample);
+    ASSERT_TRUE(manager.addFile(path, "UTF-8"));
+    manager.setCustomFile("vci_dbc_view", path);
+    DbcFileManager next;
+    next.startHistoryLoad();
+    ASSERT_TRUE(tztest::waitBlocking([&] { return log.has(1, "Loaded 1 DBC history files and 1 custom map"); }));
+    EXPECT_EQ(next.getMessages(path).size(), 2U);
+    QString view;
+    EXPECT_TRUE(next.getCustomFile("vci_dbc_view", view));
+    EXPECT_EQ(view, path);
+    EXPECT_TRUE(next.addFile(path, "UTF-8"));
+    EXPECT_TRUE(log.has(warning, "DBC file already exists, overwriting: 目录 一/温度 a.dbc"));
+}
+
+TEST_F(DbcFileManagerTest, TheHistoryNamesTheEncodingSimplyEncoding)
+{
+    writeFile("config/dbc_manager.json",
+              R"({"dbcFiles": [{"filePath": "a.dbc", "encoding": "GBK", "fileEncoding": "ignored"}]})");
+    manager.startHistoryLoad();
+    ASSERT_TRUE(tztest::waitBlocking([&] { return manager.containsFile("a.dbc"); }));
+    EXPECT_EQ(manager.findFile("a.dbc")->encoding, "GBK");
+}
+
+TEST_F(DbcFileManagerTest, TheTextsOfExceptions)
+{
+    EXPECT_STREQ(DbcFileTraits::loadException, "Exception occurred while loading history: {}");
+    EXPECT_STREQ(DbcFileTraits::saveException, "Exception occurred while saving history: {}");
+}
+
 TEST_F(DbcFileManagerTest, NoHistoryAndABrokenOneAreTold)
 {
     manager.startHistoryLoad();

@@ -71,6 +71,7 @@ TEST_F(DbcRoundTrip, WhatIsWrittenIsReadBackTheSame)
     // The text tells all that can be written; only the default of a real number changes its form.
     QString firstText = DbcStatements::fileText(first);
     EXPECT_EQ(firstText, DbcStatements::fileText(second));
+    EXPECT_TRUE(readFile("out.dbc").contains("BA_DEF_DEF_ \"Name\" \"\";\n")); // empty, but there
     EXPECT_EQ(second.version, "1");
     EXPECT_EQ(second.newSymbols, QStringList("CM_"));
     ASSERT_EQ(second.messages.size(), 1U);
@@ -187,10 +188,10 @@ TEST_F(DbcRoundTrip, UnitsAndCommentsSurviveInEachEncoding)
         QString unit;
         QString comment;
     };
-    const Case cases[] = {{"UTF-8", "°C", "Größe 温度"},
-                          {"windows-1252", "°C", "Größe €"},
-                          {"GB18030", "℃", "Größe 温度"},
-                          {"GBK", "℃", "温度"}};
+    const Case cases[] = {{"UTF-8", "°C", "Größe 温度"},   {"windows-1252", "°C", "Größe €"},
+                          {"GB18030", "℃", "Größe 温度"},  {"GBK", "℃", "温度"},
+                          {"UTF-16", "°C", "Größe 温度"},  {"UTF-16LE", "°C", "Größe 温度"},
+                          {"UTF-16BE", "°C", "Größe 温度"}};
     for (const auto &[encoding, unit, comment] : cases) {
         writeFile("in.dbc", QTextCodec::codecForName(encoding)->fromUnicode(text(unit, comment)));
         const DbcFile file = writtenAndRead(parse("in.dbc", encoding), encoding);

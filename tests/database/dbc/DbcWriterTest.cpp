@@ -13,6 +13,8 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+
 using tztest::makeMessage;
 using tztest::makeSignal;
 using tztest::readFile;
@@ -49,7 +51,7 @@ TEST_F(DbcWriterTest, WritesTheTextAndTellsIt)
 TEST_F(DbcWriterTest, InEachEncodingWithoutAByteOrderMark)
 {
     const QString text = DbcStatements::fileText(file);
-    for (const char *name : {"UTF-8", " windows-1252 ", "GB18030", "GBK", "UTF-16LE"}) {
+    for (const char *name : {"UTF-8", " windows-1252 ", "GB18030", "GBK", "UTF-16", "UTF-16LE", "UTF-16BE"}) {
         ASSERT_TRUE(DbcWriter(file).save("out.dbc", name)) << name;
         QTextCodec *codec = QTextCodec::codecForName(QByteArray(name).trimmed());
         QTextCodec::ConverterState withoutMark(QTextCodec::IgnoreHeader);
@@ -84,6 +86,16 @@ TEST_F(DbcWriterTest, ReplacesAFileAsAWhole)
     EXPECT_EQ(readFile("out.dbc"), DbcStatements::fileText(file).toUtf8());
 }
 
+TEST_F(DbcWriterTest, APathWithBlanksAndChineseCharacters)
+{
+    QDir().mkpath("目录 一");
+    EXPECT_TRUE(DbcWriter(file).save("目录 一/温度 a.dbc", "UTF-8"));
+    EXPECT_EQ(readFile("目录 一/温度 a.dbc"), DbcStatements::fileText(file).toUtf8());
+    EXPECT_FALSE(DbcWriter(file).save("目录 二/温度 a.dbc", "UTF-8"));
+    EXPECT_EQ(log.lines(), (Lines{{1, "Successfully saved DBC file: 目录 一/温度 a.dbc"},
+                                  {3, "Failed to open file for writing: 目录 二/温度 a.dbc"}}));
+}
+
 TEST_F(DbcWriterTest, AFileThatCannotBeOpenedIsTold)
 {
     QDir().mkpath("folder");
@@ -96,11 +108,15 @@ TEST_F(DbcWriterTest, AFileThatCannotBeOpenedIsTold)
 TEST_F(DbcWriterTest, AWriteThatFallsShortIsToldAndLeavesWhatWasThere)
 {
     writeFile("out.dbc", "old");
-    file.comments.append(QString(1'000'000, 'c'));
-    {
-        const tztest::FileSizeLimit limit(500'000);
-        EXPECT_FALSE(DbcWriter(file).save("out.dbc", "UTF-8"));
+    for (const auto &[size, room] :
+         {std::pair(1'000'000, 500'000U), std::pair(510'000, 500'000U), std::pair(1'000, 0U)}) {
+        file.comments = QStringList(QString(size, 'c'));
+        log.clear();
+        {
+            const tztest::FileSizeLimit limit(room);
+            EXPECT_FALSE(DbcWriter(file).save("out.dbc", "UTF-8")) << size;
+        }
+        EXPECT_EQ(log.lines(), (Lines{{3, "Failed to write file: out.dbc"}})) << size;
+        EXPECT_EQ(readFile("out.dbc"), "old") << size;
     }
-    EXPECT_EQ(log.lines(), (Lines{{3, "Failed to write file: out.dbc"}}));
-    EXPECT_EQ(readFile("out.dbc"), "old");
 }

@@ -203,6 +203,27 @@ TEST_F(LdfFileManagerTest, LoadsTheHistory)
     EXPECT_TRUE(manager.getBindings().empty());
 }
 
+TEST_F(LdfFileManagerTest, APathWithBlanksAndChineseCharactersComesBackInTheNextRun)
+{
+    const QString path = QStringLiteral("目录 一/车门 a.ldf");
+    writeFile(path, sample);
+    ASSERT_TRUE(manager.addFile(path, "UTF-8"));
+    EXPECT_TRUE(manager.bindKey(1, path));
+    EXPECT_TRUE(log.has(info, "Bound key 0x1 to LDF file: 目录 一/车门 a.ldf"));
+    EXPECT_TRUE(manager.saveHistory());
+    LdfFileManager next;
+    next.startHistoryLoad();
+    ASSERT_TRUE(tztest::waitBlocking([&] { return log.has(info, "Loaded 1 LDF history files and 0 custom map"); }));
+    ASSERT_NE(next.findFile(path), nullptr);
+    EXPECT_EQ(next.findFile(path)->config.frames.size(), 2U);
+}
+
+TEST_F(LdfFileManagerTest, TheTextsOfExceptions)
+{
+    EXPECT_STREQ(LdfFileTraits::loadException, "Exception occurred while loading history: {}");
+    EXPECT_STREQ(LdfFileTraits::saveException, "Exception occurred while saving history: {}");
+}
+
 TEST_F(LdfFileManagerTest, NoHistoryAnUnreadableAndABrokenOneAreTold)
 {
     manager.startHistoryLoad();
