@@ -8,7 +8,7 @@ namespace BLF {
 
 namespace {
 
-constexpr std::size_t smallestCapacity = 512 * 1024; // some pieces before anything is moved
+constexpr std::size_t smallestCapacity = 64 * 1024; // many small pieces before anything is moved
 
 } // namespace
 
