@@ -9,6 +9,7 @@
 
 #include <QScopeGuard>
 
+#include <algorithm>
 #include <exception>
 #include <new>
 #include <utility>
@@ -68,12 +69,25 @@ bool BlfConverter::parseAndSave(const BlfConversionJob &job)
     tell(tr("Parsing complete, read %1 frames").arg(frames.size()));
     const QString format = BlfConversionJob::formatName(job.format);
     tell(tr("Starting conversion to %1 format...").arg(format));
-    if (!saveText(job, frames, [this] { checkWhetherToGoOn(); })) {
+    const bool saved = saveText(job, frames, [this] { checkWhetherToGoOn(); });
+    letGo(frames);
+    if (!saved) {
         tell(tr("Failed to save %1 file").arg(format), true);
         return false;
     }
     tell(tr("Successfully saved %1 file: %2").arg(format, job.outputPath));
     return true;
+}
+
+// A long log has millions of records: letting go of them in one go would hold up the window.
+void BlfConverter::letGo(BlfFrames &frames)
+{
+    constexpr BlfFrames::difference_type blockSize = 100'000;
+    while (!frames.empty()) {
+        const auto size = static_cast<BlfFrames::difference_type>(frames.size());
+        frames.erase(frames.begin(), frames.begin() + std::min(size, blockSize));
+        checkWhetherToGoOn();
+    }
 }
 
 void BlfConverter::tell(const QString &text, bool isError)

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #pragma once
 
+#include "logging/blf/BlfFrame.h"
+
 #include <QCoreApplication>
 #include <QString>
 
@@ -38,6 +40,7 @@ public:
 
 private:
     bool parseAndSave(const BlfConversionJob &job);
+    void letGo(BlfFrames &frames);
     void tell(const QString &text, bool isError = false);
     void checkWhetherToGoOn();
 

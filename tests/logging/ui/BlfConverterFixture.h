@@ -38,6 +38,8 @@ struct BlfConverterFixture
             qFatal("no %s", name);
         return widget;
     }
+    QString inFolder(const char *name) const { return workDir.filePath(QString::fromUtf8(name)); }
+    const MessageBoxDriver::Seen &lastBox() const { return driver.seen().back(); }
     QPushButton *button(const char *name) const { return get<QPushButton>(name); }
     void click(const char *name) const { QTest::mouseClick(button(name), Qt::LeftButton); }
     QLineEdit *input() const { return get<QLineEdit>("lineEditInput"); }

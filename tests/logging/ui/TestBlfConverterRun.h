@@ -29,14 +29,5 @@ private Q_SLOTS:
     void anUnwritableFolderFails();
     void aFullDiskFails();
     void tooLittleMemoryFails();
-    void duringARunControlsAreDisabled();
-    void duringARunResetWarns();
-    void duringARunClosingIsRefused_data();
-    void duringARunClosingIsRefused();
-    void theWarningGoesWithTheRun();
-    void duringARunAStartDoesNothing();
-    void duringARunNothingCanBeDropped();
-    void windowsGoOnPaintingDuringARun();
     void aSecondRunBeginsWithAnEmptyLog();
-    void toldToEndARunIsGivenUp();
 };
