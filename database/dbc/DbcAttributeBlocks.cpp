@@ -6,7 +6,7 @@
 
 #include <QStringList>
 
-#include <unordered_map>
+#include <map>
 #include <vector>
 
 namespace DbcStatements {
@@ -71,7 +71,7 @@ public:
     }
 
 private:
-    std::unordered_map<QString, bool> m_isText; // by name
+    std::map<QString, bool> m_isText; // by name; ordered, so that no choice of names makes it slow
 };
 
 QString statement(const QString &name, const QString &object, const QString &value)

@@ -8,7 +8,7 @@
 #include <QSet>
 
 #include <cstdint>
-#include <unordered_set>
+#include <set>
 
 namespace {
 
@@ -41,7 +41,7 @@ bool validateMessagesForExport(const std::vector<DbcMessage> &messages, QString 
         outText = Text::tr("The current file dbc message is empty");
         return false;
     }
-    std::unordered_set<std::uint32_t> ids;
+    std::set<std::uint32_t> ids; // ordered, so that no choice of identifiers makes it slow
     for (const DbcMessage &message : messages) {
         if (!ids.insert(message.id).second) {
             outText = Text::tr("Duplicate message ID found: 0x%1")
