@@ -18,65 +18,20 @@ using std::chrono::milliseconds;
 using std::chrono::seconds;
 
 constexpr milliseconds leadTime{50};   // a line may be stamped a little before the fault is noted
-constexpr seconds aftermath{4};        // the close of a lost box, a reply that is still to come
 constexpr seconds judgedAfter{3};      // until then the causes of a line are known
 constexpr std::size_t mostKept = 1000; // unexplained lines
-constexpr int anyBox = -1;
-
-/// Which line which fault may leave. The first group of the pattern is the box, where the line tells it.
-struct Rule
-{
-    const char *name; ///< for the table at the end
-    const char *pattern;
-    bool namesBox;
-    std::vector<Cause> causes;
-};
-
-const std::vector<Rule> &rules()
-{
-    using enum Cause;
-    static const std::vector<Rule> table = {
-        {"leftover bytes of a datagram",
-         R"(Leftover data at the end of UDP datagram after parsing\. \d+ bytes remaining\.)",
-         false,
-         {Junk, Cut}},
-        {"incomplete frame",
-         R"(Incomplete protocol frame detected\. Expected \d+ bytes, but only \d+ remain\.)",
-         false,
-         {Cut}},
-        {"request timed out",
-         R"(Request Device(\d+) timed out after 500 ms)",
-         true,
-         {Silence, LateReplies, Empty, Vanish}},
-        {"channel not closed",
-         R"(Close device (\d+) channel \d+ failed: id \d+)",
-         true,
-         {Silence, LateReplies, Empty, Vanish}},
-        {"refusal by the box", R"(Device (\d+) channel \d+ responsed error code: 1)", true, {Refusal}},
-        {"channel not opened", R"(Open device (\d+) channel \d+ failed: id \d+\.)", true, {Refusal}},
-        {"socket error", R"(Failed to (?:read|send) data\. Error: 111)", false, {Vanish}},
-        {"device not opened", R"(Open Device(\d+) failed, Unable to read version information)", true, {Vanish}},
-        {"datagrams lost",
-         R"(Lost \d+ datagrams from [\d.]+ on this host: the receive buffer was full\.)",
-         false,
-         {Burst, Stall}},
-        {"drain catches up", R"(UI message buffer may be full, continuing to drain\.\.\.)", false, {Burst, Stall}},
-        {"view buffer full", R"((?:CAN|LIN) view buffer is full)", false, {Stall}},
-    };
-    return table;
-}
 
 struct CompiledRule
 {
     std::regex expression;
-    const Rule *rule;
+    const LogRule *rule;
 };
 
 const std::vector<CompiledRule> &compiledRules()
 {
     static const std::vector<CompiledRule> compiled = [] {
         std::vector<CompiledRule> result;
-        for (const Rule &rule : rules())
+        for (const LogRule &rule : logRules())
             result.push_back({std::regex(rule.pattern), &rule});
         return result;
     }();
@@ -98,6 +53,25 @@ std::optional<std::pair<LogJudge::Clock::time_point, std::string>> parse(const s
     return std::pair(at, parts[4].str());
 }
 
+int boxAt(const std::string &address)
+{
+    for (int box = 0; box < boxCount; ++box) {
+        if (TzVciNetwork::current().deviceAddress(box) == address)
+            return box;
+    }
+    return LogJudge::noBox;
+}
+
+int boxOf(const LogRule &rule, const std::smatch &parts)
+{
+    switch (rule.names) {
+    case LogRule::Names::BoxIndex: return std::stoi(parts[1].str());
+    case LogRule::Names::BoxAddress: return boxAt(parts[1].str());
+    case LogRule::Names::Nothing: break;
+    }
+    return LogJudge::anyBox;
+}
+
 // "Lost 12 datagrams from 127.1.2.135 on this host"
 void addLoss(const std::string &text, std::array<std::uint64_t, boxCount> &lost)
 {
@@ -105,29 +79,11 @@ void addLoss(const std::string &text, std::array<std::uint64_t, boxCount> &lost)
     std::smatch parts;
     if (!std::regex_match(text, parts, form))
         return;
-    for (int box = 0; box < boxCount; ++box) {
-        if (TzVciNetwork::current().deviceAddress(box) == parts[2].str())
-            lost[static_cast<std::size_t>(box)] += std::stoull(parts[1].str());
-    }
+    if (const int box = boxAt(parts[2].str()); box != LogJudge::noBox)
+        lost[static_cast<std::size_t>(box)] += std::stoull(parts[1].str());
 }
 
 } // namespace
-
-const char *causeName(Cause cause)
-{
-    switch (cause) {
-    case Cause::Silence: return "silence";
-    case Cause::LateReplies: return "late replies";
-    case Cause::Junk: return "junk datagram";
-    case Cause::Cut: return "cut datagram";
-    case Cause::Empty: return "empty datagram";
-    case Cause::Burst: return "burst";
-    case Cause::Refusal: return "refused opening";
-    case Cause::Vanish: return "vanish and return";
-    case Cause::Stall: return "stall";
-    }
-    return "unknown";
-}
 
 LogJudge::LogJudge(const std::filesystem::path &logFile)
     : m_file(logFile)
@@ -195,8 +151,7 @@ void LogJudge::judge(const Line &line)
         std::smatch parts;
         if (!std::regex_match(line.text, parts, compiled.expression))
             continue;
-        const int box = compiled.rule->namesBox ? std::stoi(parts[1].str()) : anyBox;
-        if (isExplained(line, box, compiled.rule->causes)) {
+        if (isExplained(line, *compiled.rule, boxOf(*compiled.rule, parts))) {
             ++m_explained[compiled.rule->name];
             return;
         }
@@ -205,19 +160,21 @@ void LogJudge::judge(const Line &line)
         m_unexplained.push_back(line.text);
 }
 
-bool LogJudge::isExplained(const Line &line, int box, const std::vector<Cause> &causes) const
+bool LogJudge::isExplained(const Line &line, const LogRule &rule, int box) const
 {
     return std::any_of(m_faults.begin(), m_faults.end(), [&](const Fault &fault) {
         const bool atWork = line.at >= fault.from - leadTime &&
-                            (fault.to == Clock::time_point::max() || line.at <= fault.to + aftermath);
-        const bool ofThisBox = box == anyBox || fault.box == box;
-        return atWork && ofThisBox && std::find(causes.begin(), causes.end(), fault.cause) != causes.end();
+                            (fault.to == Clock::time_point::max() || line.at <= fault.to + aftermathOf(fault.cause));
+        const bool ofThisBox = box != noBox && (box == anyBox || fault.box == anyBox || fault.box == box);
+        const bool longEnough = !isStandstill(fault.cause) || fault.to - fault.from >= rule.leastStandstill;
+        return atWork && ofThisBox && longEnough &&
+               std::find(rule.causes.begin(), rule.causes.end(), fault.cause) != rule.causes.end();
     });
 }
 
 void LogJudge::forgetOldFaults()
 {
-    const auto limit = Clock::now() - judgedAfter - 2 * aftermath;
+    const auto limit = Clock::now() - judgedAfter - 2 * longestAftermath;
     std::erase_if(m_faults,
                   [&](const Fault &fault) { return fault.to != Clock::time_point::max() && fault.to < limit; });
 }

@@ -10,24 +10,10 @@
 #include <string>
 #include <vector>
 
+#include "tests/soak/LogRules.h"
 #include "tests/soak/SoakPlan.h"
 
 namespace tzsoak {
-
-/// What was done to a box, or happens by itself, and may leave lines in the log.
-enum class Cause
-{
-    Silence,
-    LateReplies,
-    Junk,
-    Cut,
-    Empty,
-    Burst,
-    Refusal,
-    Vanish,
-    Stall, ///< of the machine, or of the event loop while it waited for a box
-};
-const char *causeName(Cause cause);
 
 /// Reads the program's log as it grows and finds for each warning and error the fault that explains it. One that
 /// nothing explains makes the run fail. The log is a file, since a sink in the process would switch on the trace of
@@ -37,12 +23,16 @@ class LogJudge
 public:
     using Clock = std::chrono::system_clock;
 
+    static constexpr int anyBox =
+        -1; ///< of a cause that acts on all boxes, and of a line that may be about any of them
+    static constexpr int noBox = -2;
+
     explicit LogJudge(const std::filesystem::path &logFile);
 
     /// The fault is at work on the box from now on until end(). @return what end() takes
     std::size_t begin(Cause cause, int box);
     void end(std::size_t fault);
-    /// A cause that acted at once, or for a while that is over.
+    /// A cause that acted at once, or for a while that is over; on one box, or on anyBox.
     void note(Cause cause, int box, Clock::time_point from, Clock::time_point to);
     /// Judges the lines that have come since the last call and are old enough for their causes to be known.
     void read();
@@ -75,7 +65,7 @@ private:
     void fetch();
     void judgeUntil(Clock::time_point limit);
     void judge(const Line &line);
-    bool isExplained(const Line &line, int box, const std::vector<Cause> &causes) const;
+    bool isExplained(const Line &line, const LogRule &rule, int box) const;
     void forgetOldFaults();
 
     std::ifstream m_file;

@@ -159,15 +159,15 @@ void SoakRun::tellProgress() const
     std::fflush(stdout);
 }
 
-// Of the machine and of the event loop: both let frames pile up.
+// Of the machine and of the event loop: each lets frames pile up at places of its own.
 void SoakRun::noteStalls()
 {
-    const auto noteNew = [this](const std::vector<GapWatch::Gap> &gaps, std::size_t &noted) {
+    const auto noteNew = [this](Cause cause, const std::vector<GapWatch::Gap> &gaps, std::size_t &noted) {
         for (; noted < gaps.size(); ++noted)
-            m_judge.note(Cause::Stall, keeperBox, gaps[noted].from, gaps[noted].to);
+            m_judge.note(cause, LogJudge::anyBox, gaps[noted].from, gaps[noted].to);
     };
-    noteNew(m_gaps.gaps(), m_gapsNoted);
-    noteNew(m_gaps.machineStalls(), m_stallsNoted);
+    noteNew(Cause::Freeze, m_gaps.gaps(), m_gapsNoted);
+    noteNew(Cause::Stall, m_gaps.machineStalls(), m_stallsNoted);
 }
 
 bool SoakRun::setTraffic(bool on)
