@@ -258,14 +258,20 @@ void FrameLogger::rotate()
         m_isFileLost.store(true, std::memory_order_release);
 }
 
-// Both files are locked here: nobody takes the full one for a fresh recording before it has its new name, and nobody
-// begins to record into the older one of that name, which it replaces.
+// All files are locked here: nobody takes the full one for a fresh recording before it has its new name, and nobody
+// begins to record into the older one of that name, which it replaces. Where somebody moved the full one away, a
+// stranger's file that stands in its place is kept instead, since the fresh one would empty it.
 void FrameLogger::keepFullFile()
 {
     ++m_fileIndex;
     const std::string &path = m_path.path();
-    if (!m_file.isAt(path))
-        return; // somebody moved it away; what stands in its place is not ours to rename
+    platform::ExclusiveFile stranger;
+    if (!m_file.isAt(path)) {
+        const std::error_code error = stranger.hold(path);
+        const bool isOtherRecording = error == std::errc::operation_would_block;
+        if (isOtherRecording || error == std::errc::no_such_file_or_directory)
+            return;
+    }
     const std::string kept = m_path.keptPath(m_fileIndex);
     platform::ExclusiveFile older;
     std::error_code error = older.hold(kept);

@@ -203,7 +203,7 @@ TYPED_TEST(RecorderRotation, ALiveRecordingInThePlaceOfTheOwnFileIsNotHarmed)
     EXPECT_GE(std::filesystem::file_size("moved.csv"), 1u << 20);
 }
 
-TYPED_TEST(RecorderRotation, AStrangeFileInThePlaceOfTheOwnOneIsNotKeptAsARecording)
+TYPED_TEST(RecorderRotation, AStrangeFileInThePlaceOfTheOwnOneIsKeptAndNotEmptied)
 {
     writeText("run.1.csv", "from an older recording");
     typename TestFixture::Logger logger(nullptr);
@@ -214,9 +214,27 @@ TYPED_TEST(RecorderRotation, AStrangeFileInThePlaceOfTheOwnOneIsNotKeptAsARecord
     this->fillFile(logger);
     EXPECT_TRUE(tztest::waitFor([] { return textOf("run.csv").starts_with("Timestamp,"); })); // as at a start
     logger.stop();
-    EXPECT_EQ(textOf("run.1.csv"), "from an older recording"); // nothing takes its place
+    EXPECT_EQ(textOf("run.1.csv"), "somebody's");
     EXPECT_TRUE(textOf("moved.csv").starts_with("Timestamp,"));
+    EXPECT_GE(std::filesystem::file_size("moved.csv"), 1u << 20);
     EXPECT_EQ(this->log.lines().size(), 2u); // start and stop of the thread
+}
+
+TYPED_TEST(RecorderRotation, AStrangeLinkInThePlaceOfTheOwnFileIsKeptAndNotFollowed)
+{
+    typename TestFixture::Logger logger(nullptr);
+    logger.setConfig(this->configOf("run.csv"));
+    ASSERT_EQ(logger.start(), ok);
+    std::filesystem::rename("run.csv", "moved.csv");
+    writeText("target.csv", "somebody's");
+    std::filesystem::create_symlink("target.csv", "run.csv");
+    this->rotate(logger, "run.1.csv");
+    logger.stop();
+    EXPECT_TRUE(std::filesystem::is_symlink("run.1.csv"));
+    EXPECT_EQ(textOf("target.csv"), "somebody's");
+    EXPECT_TRUE(std::filesystem::is_regular_file(std::filesystem::symlink_status("run.csv")));
+    EXPECT_TRUE(textOf("run.csv").starts_with("Timestamp,"));
+    EXPECT_EQ(this->log.lines().size(), 2u);
 }
 
 // The last flush begins no file that would stay empty.
