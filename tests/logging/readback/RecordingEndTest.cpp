@@ -15,32 +15,49 @@ class RecordingEnd : public RecorderStack
 protected:
     static constexpr std::uint64_t someFrames = 500;
 
-    /// A load on channel 0 of box 0, whose frames carry their number, and an ASC and a CSV recording of it.
+    /// An ASC and a CSV recording of the family.
+    void recordBothFormats(RecordFamily family, const QString &name)
+    {
+        record(family, RecordFormat::Asc, name + QStringLiteral(".asc"));
+        record(family, RecordFormat::Csv, name + QStringLiteral(".csv"));
+    }
+    /// A load on CAN channel 0 of box 0, whose frames carry their number, and an ASC and a CSV recording of it.
     void recordLoad()
     {
-        record(RecordFamily::Can, RecordFormat::Asc, QStringLiteral("run.asc"));
-        record(RecordFamily::Can, RecordFormat::Csv, QStringLiteral("run.csv"));
+        recordBothFormats(RecordFamily::Can, QStringLiteral("run"));
         app.simulator.box(0).startLoad({.framesPerSecond = 5000});
         ASSERT_TRUE(allArrived(RecordFamily::Can, someFrames));
+    }
+    /// The same on LIN channel 0 beside it.
+    void recordLoadOfBothFamilies()
+    {
+        recordBothFormats(RecordFamily::Can, QStringLiteral("can"));
+        recordBothFormats(RecordFamily::Lin, QStringLiteral("lin"));
+        app.simulator.box(0).startLoad({.framesPerSecond = 5000, .linChannels = {0}});
+        ASSERT_TRUE(allArrived(RecordFamily::Can, someFrames));
+        ASSERT_TRUE(allArrived(RecordFamily::Lin, someFrames));
     }
     /// The frames of all files: counted without a gap from the first one, which the recorder got as it began.
     std::size_t verifyUnbroken()
     {
         std::size_t least = ~std::size_t{0};
-        for (const Recorder &recorder : recorders) {
-            SCOPED_TRACE(recorder.path.toStdString());
-            const FramesByChannel read = readBack(recorder, 1);
-            EXPECT_EQ(read.size(), 1U);
-            const auto &frames = read.at({0, 0});
-            for (std::size_t i = 0; i < frames.size(); ++i) {
-                if (numberOf(frames[i]) != i) {
-                    ADD_FAILURE() << "frame " << i << ": " << frames[i];
-                    break;
-                }
-            }
-            least = std::min(least, frames.size());
-        }
+        for (const Recorder &recorder : recorders)
+            least = std::min(least, unbrokenFrames(recorder));
         return least;
+    }
+    std::size_t unbrokenFrames(const Recorder &recorder)
+    {
+        SCOPED_TRACE(recorder.path.toStdString());
+        const FramesByChannel read = readBack(recorder, 1);
+        EXPECT_EQ(read.size(), 1U);
+        const auto &frames = read.at({0, 0});
+        for (std::size_t i = 0; i < frames.size(); ++i) {
+            if (numberOf(frames[i]) != i) {
+                ADD_FAILURE() << "frame " << i << ": " << frames[i];
+                break;
+            }
+        }
+        return frames.size();
     }
 
     static std::uint32_t numberOf(const RecordedFrame &frame)
@@ -123,7 +140,7 @@ TEST_F(RecordingEnd, LastChannelOfTheFamilyClosedAndOpenedWhileRecording)
 // A recording outlives the device: it waits for what comes, and is whole when it is stopped.
 TEST_F(RecordingEnd, DeviceLostWhileRecording)
 {
-    recordLoad();
+    recordLoadOfBothFamilies();
     app.simulator.box(0).vanish();
     EXPECT_TRUE(waitFor([&] { // the system answers the next datagram with an error
         if (const auto device = app.manager.getDevice(0))
@@ -132,25 +149,37 @@ TEST_F(RecordingEnd, DeviceLostWhileRecording)
     }));
     for (const Recorder &recorder : recorders)
         EXPECT_TRUE(recorder.window->isRecording());
-    const std::uint64_t counted = app.countersOf(0).total;
+    for (const RecordFamily family : {RecordFamily::Can, RecordFamily::Lin})
+        ASSERT_TRUE(allArrived(family, receivedFrames(family, {0, 0})));
     stopAll();
-    EXPECT_EQ(verifyUnbroken(), counted); // whatever had come is there
+    for (const Recorder &recorder : recorders) // whatever had come is there
+        EXPECT_EQ(unbrokenFrames(recorder), receivedFrames(recorder.family, {0, 0}));
 }
 
 TEST_F(RecordingEnd, DeviceComesBackIntoTheSameRecording)
 {
-    record(RecordFamily::Can, RecordFormat::Asc, QStringLiteral("run.asc"));
-    const std::array<std::uint8_t, 1> data{1};
-    app.simulator.box(0).injectCan(0, tzsim::CanFrame::make(0x111, data));
-    ASSERT_TRUE(allArrived(RecordFamily::Can, 1));
+    recordBothFormats(RecordFamily::Can, QStringLiteral("can"));
+    recordBothFormats(RecordFamily::Lin, QStringLiteral("lin"));
+    const auto sendBoth = [this](std::uint32_t canId, std::uint8_t linId, std::uint64_t arrived) {
+        const std::array<std::uint8_t, 1> data{1};
+        app.simulator.box(0).injectCan(0, tzsim::CanFrame::make(canId, data));
+        app.simulator.box(0).injectLin(0, tzsim::LinFrame::make(linId, data));
+        return allArrived(RecordFamily::Can, arrived) && allArrived(RecordFamily::Lin, arrived);
+    };
+    ASSERT_TRUE(sendBoth(0x111, 0x11, 1));
     ASSERT_EQ(app.manager.closeDevice(0), 0);
     ASSERT_TRUE(app.openAll(0, TzVciProtocolId::can, 0));
-    app.simulator.box(0).injectCan(0, tzsim::CanFrame::make(0x222, data));
-    ASSERT_TRUE(allArrived(RecordFamily::Can, 2));
+    ASSERT_TRUE(app.openChannel(0, TzVciProtocolId::lin, 0));
+    ASSERT_TRUE(waitFor([this] { return app.helper().isDraining(TzVciProtocolId::lin); }));
+    ASSERT_TRUE(sendBoth(0x222, 0x22, 2));
     stopAll();
-    const RecordedFile file = readRecording(QStringLiteral("run.asc"), RecordFamily::Can, RecordFormat::Asc);
-    EXPECT_TRUE(file.problems.empty());
-    ASSERT_EQ(file.frames.size(), 2U);
-    EXPECT_EQ(file.frames[0].id, 0x111U);
-    EXPECT_EQ(file.frames[1].id, 0x222U);
+    for (const Recorder &recorder : recorders) {
+        SCOPED_TRACE(recorder.path.toStdString());
+        const bool isCan = recorder.family == RecordFamily::Can;
+        const RecordedFile file = readRecording(recorder.path, recorder.family, recorder.format);
+        EXPECT_TRUE(file.problems.empty());
+        ASSERT_EQ(file.frames.size(), 2U);
+        EXPECT_EQ(file.frames[0].id, isCan ? 0x111U : 0x11U);
+        EXPECT_EQ(file.frames[1].id, isCan ? 0x222U : 0x22U);
+    }
 }
