@@ -11,10 +11,7 @@ namespace {
 
 using Bytes = std::span<const std::byte>;
 
-constexpr std::size_t typeOffset = 12;        // in the header
-constexpr std::size_t extensionSize = 8;      // two words of bit timing
-constexpr std::size_t extensionOffsetFd = 35; // in the body of a CAN FD message
-constexpr std::size_t extensionOffsetFdError = 10;
+constexpr std::size_t typeOffset = 12; // in the header
 
 Bytes bodyOf(const ObjectBytes &bytes) noexcept
 {
@@ -46,15 +43,32 @@ template <std::size_t capacity> std::uint8_t copyData(Bytes stored, std::array<s
     return static_cast<std::uint8_t>(count);
 }
 
-// The data behind the fixed fields of a CAN FD object, up to its extension. Where the object has the room for all valid
-// data, an offset inside them is left over from something else.
-Bytes fdData(const ObjectBytes &bytes, std::size_t fixedSize, std::size_t extensionOffset, std::size_t valid) noexcept
+// What the two kinds of CAN FD objects with an extension have in common.
+struct FdForm
 {
-    const std::size_t begin = bytes.headerSize + fixedSize;
+    std::size_t fixedSize;
+    std::size_t extensionOffset; // in the body: where the object says in which of its bytes the extension begins
+    std::size_t filler;          // bytes that may follow the extension
+};
+constexpr FdForm fdMessageForm{40, 35, 0};
+constexpr FdForm fdErrorFrameForm{44, 10, 4};
+
+// The data behind the fixed fields, up to the extension. Where the object has the room for all valid data, an offset
+// inside them is left over from something else, unless just an extension has room behind it: then zeros at the end of
+// the data have been left out.
+Bytes fdData(const ObjectBytes &bytes, const FdForm &form, std::uint8_t valid) noexcept
+{
+    constexpr std::size_t extensionSize = 8; // two words of bit timing
+    constexpr std::size_t maxData = 64;
+    const std::size_t begin = bytes.headerSize + form.fixedSize;
+    const std::size_t validEnd = begin + std::min<std::size_t>(valid, maxData);
     const std::size_t size = bytes.object.size();
-    const bool hasExtension = begin <= extensionOffset && extensionOffset + extensionSize <= size &&
-                              (begin + valid <= extensionOffset || begin + valid > size);
-    return bytes.object.subspan(begin, (hasExtension ? extensionOffset : size) - begin);
+    const std::size_t extension = u8(bodyOf(bytes), form.extensionOffset);
+    const std::size_t extensionEnd = extension + extensionSize;
+    const bool isBehindData = validEnd <= extension || validEnd > size;
+    const bool isLast = extensionEnd == size || extensionEnd + form.filler == size;
+    const bool hasExtension = begin <= extension && extensionEnd <= size && (isBehindData || isLast);
+    return bytes.object.subspan(begin, (hasExtension ? extension : size) - begin);
 }
 
 } // namespace
@@ -178,9 +192,8 @@ bool decode(const ObjectBytes &bytes, CanFdMessage &out) noexcept
 
 bool decode(const ObjectBytes &bytes, CanFdMessage64 &out) noexcept
 {
-    constexpr std::size_t fixedSize = 40;
     const Bytes body = bodyOf(bytes);
-    if (body.size() < fixedSize)
+    if (body.size() < fdMessageForm.fixedSize)
         return false;
     out.channel = u8(body, 0);
     out.dlc = u8(body, 1);
@@ -195,16 +208,14 @@ bool decode(const ObjectBytes &bytes, CanFdMessage64 &out) noexcept
     out.bitCount = u16(body, 32);
     out.dir = u8(body, 34);
     out.crc = u32(body, 36);
-    const std::size_t valid = std::min<std::size_t>(out.validDataBytes, out.data.size());
-    out.storedBytes = copyData(fdData(bytes, fixedSize, u8(body, extensionOffsetFd), valid), out.data);
+    out.storedBytes = copyData(fdData(bytes, fdMessageForm, out.validDataBytes), out.data);
     return true;
 }
 
 bool decode(const ObjectBytes &bytes, CanFdErrorFrame64 &out) noexcept
 {
-    constexpr std::size_t fixedSize = 44;
     const Bytes body = bodyOf(bytes);
-    if (body.size() < fixedSize)
+    if (body.size() < fdErrorFrameForm.fixedSize)
         return false;
     out.channel = u8(body, 0);
     out.dlc = u8(body, 1);
@@ -221,8 +232,7 @@ bool decode(const ObjectBytes &bytes, CanFdErrorFrame64 &out) noexcept
     out.timeOffsetCrcDelNs = u32(body, 32);
     out.crc = u32(body, 36);
     out.errorPosition = u16(body, 40);
-    const std::size_t valid = std::min<std::size_t>(out.validDataBytes, out.data.size());
-    out.storedBytes = copyData(fdData(bytes, fixedSize, u8(body, extensionOffsetFdError), valid), out.data);
+    out.storedBytes = copyData(fdData(bytes, fdErrorFrameForm, out.validDataBytes), out.data);
     return true;
 }
 

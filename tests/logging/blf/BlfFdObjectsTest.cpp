@@ -173,11 +173,30 @@ INSTANTIATE_TEST_SUITE_P(Blf, BlfFdData,
                                          ExtensionCase{"MoreThanAFrameHolds", 80, 64, false, noOffset, 64},
                                          ExtensionCase{"BehindTheData", 8, 8, true, 8, 8},
                                          ExtensionCase{"BehindDataOfWhichZerosAreNotStored", 8, 64, true, 8, 8},
+                                         ExtensionCase{"LastZerosLeftOutBeforeIt", 56, 64, true, 56, 56},
+                                         ExtensionCase{"LastZeroLeftOutBeforeIt", 63, 64, true, 63, 63},
+                                         ExtensionCase{"EightBytesBeforeTheEnd", 64, 64, false, 56, 56},
+                                         ExtensionCase{"NineBytesBeforeTheEnd", 64, 64, false, 55, 64},
                                          ExtensionCase{"InsideDataThatAreAllThere", 64, 64, true, 8, 64},
                                          ExtensionCase{"BeyondTheEnd", 64, 64, false, 150, 64},
                                          ExtensionCase{"TooNearTheEnd", 12, 12, false, 8, 12},
                                          ExtensionCase{"WhereTheDataBegin", 16, 16, false, 0, 16},
                                          ExtensionCase{"InsideTheFixedFields", 16, 0, false, -4, 16}),
                          [](const auto &test) { return std::string(test.param.name); });
+
+// Which makes the size of the whole object a multiple of 8.
+TEST(BlfFdObjects, OnlyTheExtensionOfAnErrorFrameHasAFillerBehindIt)
+{
+    constexpr std::size_t stored = 64; // of which the last 12 are the extension and its filler, or data
+    const BlfBytes data = countingBytes(stored);
+    BLF::CanFdMessage64 message;
+    ASSERT_TRUE(BlfOnDisk(CanFdMessage64Body{.validDataBytes = stored, .data = data, .extDataOffset = 72 + 52})
+                    .decode(message));
+    EXPECT_EQ(message.storedBytes, 64);
+    BLF::CanFdErrorFrame64 error;
+    ASSERT_TRUE(BlfOnDisk(CanFdErrorFrame64Body{.validDataBytes = stored, .data = data, .extDataOffset = 76 + 52})
+                    .decode(error));
+    EXPECT_EQ(error.storedBytes, 52);
+}
 
 } // namespace
