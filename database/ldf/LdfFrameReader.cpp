@@ -85,7 +85,7 @@ bool readLdfFrameSignals(QStringView block, LdfFrame &frame, const LdfReading &r
         const LdfMatch match = matchLdfPlacement(part);
         if (!match)
             continue;
-        const auto signal = reading.signals.find(match.text(1));
+        const auto signal = reading.signals.find(match[1]);
         if (signal == reading.signals.end()) {
             logError("Signal {} not found for frame {}", LogText(match[1]), LogText(frame.name));
             return false;

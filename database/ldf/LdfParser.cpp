@@ -2,7 +2,6 @@
 #include "database/ldf/LdfParser.h"
 
 #include "common/Log.h"
-#include "database/ldf/LdfConversions.h"
 #include "database/ldf/LdfISO17987Parser.h"
 #include "database/ldf/LdfJ2602Parser.h"
 #include "database/ldf/LdfSectionReaders.h"
@@ -158,22 +157,8 @@ bool LdfParser::readSections(const QString &text)
     const bool isRead = std::all_of(readers.begin(), readers.end(), [&](auto reader) { return reader(text, reading); });
     if (!isRead || !validateLdfNodes(reading))
         return false;
-    fillInitialValues();
     printLdfSummary(reading);
     return true;
-}
-
-// All copies of a signal have the text and the size of the one they were made of, so its text is read only once.
-void LdfParser::fillInitialValues()
-{
-    for (auto &[name, signal] : m_signals)
-        signal.value = rawInitialValue(signal.initialValue, signal.size);
-    for (auto *frames : {&m_config.frames, &m_config.diagnosticFrames}) {
-        for (auto &[frameName, frame] : *frames) {
-            for (auto &[name, signal] : frame.signals)
-                signal.value = m_signals.at(name).value;
-        }
-    }
 }
 
 bool LdfParser::parseProtocolConfig(const QString &, LdfNode &)

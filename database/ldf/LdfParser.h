@@ -3,12 +3,12 @@
 
 #include "database/ldf/LdfConfig.h"
 #include "database/ldf/LdfLookups.h"
+#include "database/text/KeyedHash.h"
 
 #include <QObject>
 #include <QString>
 
 #include <cstddef>
-#include <map>
 #include <memory>
 
 namespace Common {
@@ -83,14 +83,13 @@ private:
     void clear();
     bool readHeader(const QString &text);
     bool readSections(const QString &text);
-    void fillInitialValues();
 
     LdfConfig m_config;
     LdfLookups m_lookups{m_config};
     QString m_filePath;
     std::size_t m_eventUpdates = 0;
-    std::map<QString, LdfSignal> m_signals;                            // while reading
-    std::map<QString, std::shared_ptr<const LdfEncoding>> m_encodings; // while reading
+    TextMap<LdfSignal> m_signals;                            // while reading
+    TextMap<std::shared_ptr<const LdfEncoding>> m_encodings; // while reading
 };
 
 } // namespace Common

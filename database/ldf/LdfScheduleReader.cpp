@@ -9,6 +9,7 @@
 #include "database/text/LogText.h"
 #include "database/text/TextLines.h"
 
+#include <algorithm>
 #include <cmath>
 #include <unordered_map>
 #include <unordered_set>
@@ -236,11 +237,13 @@ bool applyLdfSchedules(const LdfReading &reading)
         }
         if (table.name.isEmpty())
             return false;
-        for (const LdfScheduleEntry &entry : table.entries) {
-            if (!entry.frameName.isEmpty() && !isFrameName(entry.frameName, reading.config))
-                return false;
-        }
-        if (!reading.rules.validateScheduleTable(table))
+        // The names in all other tables were looked up when they were read.
+        const bool hasKnownFrames =
+            table.type != LdfScheduleTableType::init ||
+            std::all_of(table.entries.begin(), table.entries.end(), [&](const auto &entry) {
+                return entry.frameName.isEmpty() || isFrameName(entry.frameName, reading.config);
+            });
+        if (!hasKnownFrames || !reading.rules.validateScheduleTable(table))
             return false;
     }
     return true;

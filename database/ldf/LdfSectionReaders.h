@@ -2,6 +2,7 @@
 #pragma once
 
 #include "database/ldf/LdfConfig.h"
+#include "database/text/KeyedHash.h"
 
 #include <QString>
 #include <QStringView>
@@ -13,13 +14,16 @@ namespace Common {
 
 class LdfParser;
 
+using LdfSignalMap = TextMap<LdfSignal>; ///< by name
+using LdfEncodingMap = TextMap<std::shared_ptr<const LdfEncoding>>;
+
 /// What the readers of one file share.
 struct LdfReading
 {
     LdfParser &rules; ///< asked for what the file's standard adds
     LdfConfig &config;
-    std::map<QString, LdfSignal> &signals;
-    std::map<QString, std::shared_ptr<const LdfEncoding>> &encodings;
+    LdfSignalMap &signals;
+    LdfEncodingMap &encodings;
 
     bool isNode(const QString &name) const { return name == config.master.name || config.slaves.count(name) > 0; }
 };

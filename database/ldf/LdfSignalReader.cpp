@@ -2,6 +2,7 @@
 #include "database/ldf/LdfSectionReaders.h"
 
 #include "common/Log.h"
+#include "database/ldf/LdfConversions.h"
 #include "database/ldf/LdfNumbers.h"
 #include "database/ldf/LdfSections.h"
 #include "database/ldf/LdfStatements.h"
@@ -15,12 +16,14 @@ namespace {
 
 constexpr std::uint16_t maximumDiagnosticSize = 64; // bits: the whole of a diagnostic frame
 
-LdfSignal signalOf(const LdfMatch &match)
+// The value is worked out here, once: all copies that frames hold have it, and the text may be long.
+LdfSignal signalOf(const LdfMatch &match, const QString &initialValue)
 {
     LdfSignal signal;
     signal.name = match.text(1);
     signal.size = Numbers::integerOrZero<std::uint16_t>(match[2]);
-    signal.initialValue = match.text(3);
+    signal.value = rawInitialValue(initialValue, signal.size);
+    signal.initialValue = initialValue;
     signal.publisher = match.text(4);
     for (const QString &subscriber : ldfCommaList(match[5])) {
         if (!subscriber.isEmpty())
@@ -32,13 +35,10 @@ LdfSignal signalOf(const LdfMatch &match)
 
 std::optional<LdfSignal> readSignalLine(QStringView line)
 {
-    if (const LdfMatch array = matchLdfArraySignal(line)) {
-        LdfSignal signal = signalOf(array);
-        signal.initialValue = u'{' + signal.initialValue + u'}';
-        return signal;
-    }
+    if (const LdfMatch array = matchLdfArraySignal(line))
+        return signalOf(array, u'{' + array.text(3) + u'}');
     if (const LdfMatch scalar = matchLdfScalarSignal(line))
-        return signalOf(scalar);
+        return signalOf(scalar, scalar.text(3));
     logWarning("Invalid signal format: {}", LogText(line));
     return std::nullopt;
 }
@@ -49,8 +49,7 @@ bool isValidDiagnosticSignal(const LdfSignal &signal, const LdfReading &reading)
            (signal.publisher.isEmpty() || reading.isNode(signal.publisher));
 }
 
-void represent(const std::shared_ptr<const LdfEncoding> &encoding, QStringView signalList,
-               std::map<QString, LdfSignal> &signals)
+void represent(const std::shared_ptr<const LdfEncoding> &encoding, QStringView signalList, LdfSignalMap &signals)
 {
     for (const QString &name : ldfCommaList(signalList)) {
         const auto signal = signals.find(name);
@@ -88,7 +87,7 @@ bool readLdfDiagnosticSignals(const QString &text, const LdfReading &reading)
         const LdfMatch match = matchLdfDiagnosticSignal(part);
         if (!match)
             continue;
-        const LdfSignal signal = signalOf(match);
+        const LdfSignal signal = signalOf(match, match.text(3));
         if (!isValidDiagnosticSignal(signal, reading)) {
             logError("Invalid diagnostic signal: {}", LogText(signal.name));
             return false;
@@ -111,7 +110,7 @@ bool readLdfRepresentations(const QString &text, const LdfReading &reading)
             logWarning("Invalid signal representation format: {}", LogText(part));
             continue;
         }
-        const auto encoding = reading.encodings.find(match.text(1));
+        const auto encoding = reading.encodings.find(match[1]);
         if (encoding == reading.encodings.end())
             logWarning("Encoding {} not found, skipping representation", LogText(match[1]));
         else

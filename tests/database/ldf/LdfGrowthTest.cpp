@@ -126,7 +126,17 @@ TEST_F(LdfGrowth, OfAnOrdinaryFileIsThatOfItsSize)
 {
     const QByteArray small = withFrames(1'000).text().toUtf8();
     const QByteArray large = withFrames(10'000).text().toUtf8();
-    EXPECT_LT(growth(secondsToLoad(small, 9), small, secondsToLoad(large, 5), large), growthAllowed);
+    double smallSeconds = std::numeric_limits<double>::max();
+    double largeSeconds = std::numeric_limits<double>::max();
+    // Other programs that press on the caches slow down the large file more; a reader that is not linear never gets
+    // through.
+    for (int attempt = 0; attempt < 10; ++attempt) {
+        smallSeconds = std::min(smallSeconds, secondsToLoad(small, 3));
+        largeSeconds = std::min(largeSeconds, secondsToLoad(large, 1));
+        if (growth(smallSeconds, small, largeSeconds, large) < growthAllowed)
+            return;
+    }
+    EXPECT_LT(growth(smallSeconds, small, largeSeconds, large), growthAllowed);
 }
 
 TEST_F(LdfGrowth, OneEncodingForTheSameSignalAgainAndAgain)

@@ -411,8 +411,8 @@ TEST(LdfNodeChecks, NamesMustNotBeEmpty)
     tztest::LogCapture log;
     Common::LdfParser rules;
     LdfConfig config;
-    std::map<QString, LdfSignal> signalMap;
-    std::map<QString, std::shared_ptr<const LdfEncoding>> encodings;
+    Common::LdfSignalMap signalMap;
+    Common::LdfEncodingMap encodings;
     config.master.type = LdfNodeType::master;
     EXPECT_FALSE(Common::validateLdfNodes({rules, config, signalMap, encodings}));
     EXPECT_TRUE(log.has(3, "Node name cannot be empty"));
