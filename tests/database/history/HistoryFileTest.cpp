@@ -108,9 +108,7 @@ TEST_F(HistoryFileTest, TellsWhatIsWrongWithTheFile)
 TEST_F(HistoryFileTest, NestingBeyondMeasureIsMalformed)
 {
     constexpr int levels = 100'000;
-    QByteArray keys("{\"customFileMap\": ");
-    for (int i = 0; i < levels; ++i)
-        keys += "{\"k\": ";
+    const QByteArray keys = "{\"customFileMap\": " + QByteArray("{\"k\": ").repeated(levels);
     for (const QByteArray &content :
          {QByteArray(levels, '['), keys, "{\"dbcFiles\": " + QByteArray(levels, '[') + QByteArray(levels, ']') + "}"}) {
         tztest::writeFile("config/history.json", content);

@@ -17,6 +17,8 @@ namespace {
 
 class HistoryMeanwhileTest : public tztest::HistoryLoadFixture
 {
+protected:
+    static constexpr int rounds = 20; // of races: either side may come first, and none may lose anything
 };
 
 } // namespace
@@ -53,7 +55,7 @@ TEST_F(HistoryMeanwhileTest, AKeySetMeanwhileWins)
 
 TEST_F(HistoryMeanwhileTest, AKeySetWhileTheThreadStartsLosesNothing)
 {
-    for (int round = 0; round < 50; ++round) { // either side may come first
+    for (int round = 0; round < rounds; ++round) {
         writeFakeHistory({"a", "b"}, {"changed", "kept"});
         manager = std::make_unique<FakeManager>();
         manager->startHistoryLoad();
@@ -102,7 +104,7 @@ TEST_F(HistoryMeanwhileTest, AFileAddedMeanwhileWins)
 
 TEST_F(HistoryMeanwhileTest, AFileAddedWhileTheThreadStartsWins)
 {
-    for (int round = 0; round < 50; ++round) { // either side may come first
+    for (int round = 0; round < rounds; ++round) {
         writeFakeHistory({"a", "b"});
         manager = std::make_unique<FakeManager>();
         manager->startHistoryLoad();
@@ -114,7 +116,7 @@ TEST_F(HistoryMeanwhileTest, AFileAddedWhileTheThreadStartsWins)
 
 TEST_F(HistoryMeanwhileTest, AFileRemovedWhileTheThreadStartsStaysAway)
 {
-    for (int round = 0; round < 50; ++round) {
+    for (int round = 0; round < rounds; ++round) {
         writeFakeHistory({"a"});
         manager = std::make_unique<FakeManager>();
         EXPECT_TRUE(manager->addFile("a", "user"));
@@ -165,7 +167,7 @@ TEST_F(HistoryMeanwhileTest, ClearEndsTheLoadAndDropsTheFileInHand)
 
 TEST_F(HistoryMeanwhileTest, ClearWhileTheThreadStartsLeavesNothing)
 {
-    for (int round = 0; round < 50; ++round) {
+    for (int round = 0; round < rounds; ++round) {
         writeFakeHistory({"a", "b"}, {"key"});
         manager = std::make_unique<FakeManager>();
         manager->startHistoryLoad();

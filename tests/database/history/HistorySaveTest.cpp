@@ -103,17 +103,17 @@ TEST_F(HistorySaveTest, LookUpsDoNotWaitForTheDisk)
 TEST_F(HistorySaveTest, TheLastSaveHasTheLatest)
 {
     std::thread first([this] {
-        for (int i = 0; i < 50; ++i)
+        for (int i = 0; i < 20; ++i)
             manager.setCustomFile("first", QString::number(i));
     });
     std::thread second([this] {
-        for (int i = 0; i < 50; ++i)
+        for (int i = 0; i < 20; ++i)
             manager.setCustomFile("second", QString::number(i));
     });
     first.join();
     second.join();
-    EXPECT_EQ(savedKey("first"), "49");
-    EXPECT_EQ(savedKey("second"), "49");
+    EXPECT_EQ(savedKey("first"), "19");
+    EXPECT_EQ(savedKey("second"), "19");
 }
 
 TEST_F(HistorySaveTest, ABrokenHistoryIsKeptUnderAnotherName)
