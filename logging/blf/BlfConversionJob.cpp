@@ -37,7 +37,7 @@ QString BlfConversionJob::defaultOutputPath(const QString &inputPath, TextFormat
 QString BlfConversionJob::firstLog(const QList<QUrl> &files)
 {
     for (const QUrl &file : files) {
-        const QString path = file.toLocalFile();
+        QString path = file.toLocalFile();
         if (path.endsWith(QLatin1String(".blf"), Qt::CaseInsensitive))
             return path;
     }
