@@ -5,6 +5,20 @@
 
 namespace Common {
 
+namespace {
+
+// What most lines fail to, at little cost.
+bool mayOpen(QStringView line, QChar firstLetter)
+{
+    for (const QChar character : line) {
+        if (!character.isSpace())
+            return character == firstLetter;
+    }
+    return false;
+}
+
+} // namespace
+
 JoinedStatements::JoinedStatements(QStringView text, QStringView keyword)
     : m_rest(text)
     , m_opening(keyword.toString() + u' ')
@@ -16,7 +30,7 @@ std::optional<QStringView> JoinedStatements::next()
     QStringView statement; // empty: none is open
     while (!m_rest.isEmpty()) {
         const QStringView rawLine = takeLine(m_rest);
-        if (rawLine.isEmpty())
+        if (rawLine.isEmpty() || (statement.isEmpty() && !mayOpen(rawLine, m_opening.front())))
             continue;
         const QStringView line = rawLine.trimmed();
         if (line.startsWith(m_opening)) {

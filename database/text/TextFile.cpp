@@ -23,9 +23,22 @@ QTextCodec *codecFor(const QByteArray &bytes, const QString &encoding)
     return QTextCodec::codecForUtfText(bytes, codec);
 }
 
+// All of the text in one loop without a way out, which the compiler turns into vector instructions.
+bool hasSurrogates(const QString &text)
+{
+    constexpr char16_t classBits = 0xF800;
+    constexpr char16_t surrogates = 0xD800;
+    bool found = false;
+    for (const QChar character : text)
+        found |= (character.unicode() & classBits) == surrogates;
+    return found;
+}
+
 // UTF-16 is taken over as it is; half a pair would make the engine refuse the whole text.
 void replaceLoneSurrogates(QString &text)
 {
+    if (!hasSurrogates(text))
+        return;
     const auto isPair = [&text](int index) {
         return text.at(index).isHighSurrogate() && index + 1 < text.size() && text.at(index + 1).isLowSurrogate();
     };
