@@ -16,6 +16,7 @@
 namespace {
 
 constexpr int signalsPerMessage = 8;
+constexpr int frameIds = 60; // of LIN, without the diagnostic and reserved ones
 
 void write(const QString &path, const std::string &text)
 {
@@ -93,14 +94,15 @@ struct LdfSections
 
 void addFrame(LdfSections &sections, int slave, int frame)
 {
-    const int id = slave * 4 + frame;
+    const int number = slave * 4 + frame;
     fmt::format_to(std::back_inserter(sections.signalList),
-                   "  Position_{0}: 10, 0, Slave_{1}, Master1;\n  State_{0}: 3, 0, Slave_{1}, Master1;\n", id, slave);
+                   "  Position_{0}: 10, 0, Slave_{1}, Master1;\n  State_{0}: 3, 0, Slave_{1}, Master1;\n", number,
+                   slave);
     fmt::format_to(std::back_inserter(sections.frames),
-                   "  Frame_{0}: {0}, Slave_{1}, 4 {{\n    Position_{0}, 0;\n    State_{0}, 10;{2}\n  }}\n", id, slave,
-                   frame == 0 ? fmt::format("\n    Error_{}, 31;", slave) : "");
-    fmt::format_to(std::back_inserter(sections.schedule), "    Frame_{} delay 10 ms;\n", id);
-    fmt::format_to(std::back_inserter(sections.representations), "  Encoding_{}: Position_{};\n", slave, id);
+                   "  Frame_{0}: {1}, Slave_{2}, 4 {{\n    Position_{0}, 0;\n    State_{0}, 10;{3}\n  }}\n", number,
+                   number % frameIds, slave, frame == 0 ? fmt::format("\n    Error_{}, 31;", slave) : "");
+    fmt::format_to(std::back_inserter(sections.schedule), "    Frame_{} delay 10 ms;\n", number);
+    fmt::format_to(std::back_inserter(sections.representations), "  Encoding_{}: Position_{};\n", slave, number);
 }
 
 void addSlave(LdfSections &sections, int slave)

@@ -13,7 +13,8 @@ namespace tzbench_files {
 /// start values, as in vehicles' files. The size grows with the number of messages alone.
 void writeDbcFile(const QString &path, std::size_t bytes);
 
-/// Writes an LDF file with as many slaves, each with four frames, signals, encodings and a place in the schedule.
+/// Writes an LDF file with as many slaves, each with four frames, signals, encodings and a place in the schedule. From
+/// the sixteenth slave on the frames' identifiers are used again.
 void writeLdfFile(const QString &path, int slaves);
 
 /// The files of that suffix in the folder of that name below TZ_CORPUS, the largest first; none where the variable is
