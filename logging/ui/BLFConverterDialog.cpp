@@ -76,10 +76,15 @@ BlfConversionJob BLFConverterDialog::currentJob() const
 
 void BLFConverterDialog::onSelectInputFile()
 {
-    const QString path =
-        QFileDialog::getOpenFileName(this, tr("Select BLF File"), m_lastFolder, tr("BLF Files (*.blf);;All Files (*)"));
+    const QString path = chooseInput();
     if (!path.isEmpty())
         setInput(path);
+}
+
+QString BLFConverterDialog::chooseInput()
+{
+    return QFileDialog::getOpenFileName(this, tr("Select BLF File"), m_lastFolder,
+                                        tr("BLF Files (*.blf);;All Files (*)"));
 }
 
 void BLFConverterDialog::setInput(const QString &path)
@@ -88,8 +93,15 @@ void BLFConverterDialog::setInput(const QString &path)
     showFile(m_inputEdit, path);
 }
 
-// The dialog asks nothing by itself about a file that is there: the start does.
 void BLFConverterDialog::onSelectOutputFile()
+{
+    const QString path = chooseOutput();
+    if (!path.isEmpty())
+        showFile(m_outputEdit, path);
+}
+
+// The dialog asks nothing by itself about a file that is there: the start does.
+QString BLFConverterDialog::chooseOutput()
 {
     const BlfConversionJob job = currentJob();
     const QFileInfo output(job.outputPath);
@@ -99,8 +111,7 @@ void BLFConverterDialog::onSelectOutputFile()
     dialog.setNameFilter(BlfConversionJob::nameFilter(job.format));
     dialog.setDefaultSuffix(BlfConversionJob::extension(job.format));
     dialog.selectFile(output.fileName());
-    if (dialog.exec() == QDialog::Accepted)
-        showFile(m_outputEdit, dialog.selectedFiles().value(0));
+    return dialog.exec() == QDialog::Accepted ? dialog.selectedFiles().value(0) : QString();
 }
 
 void BLFConverterDialog::onInputFilePathChanged()

@@ -66,6 +66,8 @@ private:
     void connectAll();
 
     BLF::BlfConversionJob currentJob() const;
+    QString chooseInput();
+    QString chooseOutput();
     void setInput(const QString &path);
     void proposeOutput();
     void onInputFilePathEdited();
