@@ -78,10 +78,12 @@ function(tz_register_test name timeout labels)
     tz_test_environment(${name})
 endfunction()
 
-# What every test runs with: no display, and the sanitizers' settings.
+# What every test runs with: no display, the sanitizers' settings, and a locale that can name every file, which a bare
+# container does not set.
 function(tz_test_environment name)
     set_property(TEST ${name} PROPERTY ENVIRONMENT
         "QT_QPA_PLATFORM=offscreen"
+        "LC_ALL=C.UTF-8"
         "TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1:suppressions=${PROJECT_SOURCE_DIR}/cmake/tsan.supp"
         "ASAN_OPTIONS=detect_leaks=1"
         "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/cmake/lsan.supp"
