@@ -8,6 +8,7 @@
 #include "logging/CanRecordLines.h"
 #include "logging/LINLogger.h"
 #include "logging/LinRecordLines.h"
+#include "logging/RecordingPath.h"
 #include "tests/support/AllocationCounter.h"
 #include "tests/support/ProcessFigures.h"
 
@@ -37,6 +38,8 @@ constexpr std::size_t batch = Common::FrameLogger::batchSize;
 constexpr std::size_t lineCapacity = 128 * 1024;
 constexpr std::size_t framesPerStep = 1'000; // handed over each millisecond
 constexpr int sizeLimitMb = 50;
+constexpr int ascFormat = 0;
+constexpr int csvFormat = 1;
 
 void setTime(std::uint32_t &low, std::uint32_t &high, std::uint64_t ticks)
 {
@@ -124,9 +127,9 @@ bool benchFormats()
     const std::vector<TzVciMessage> fd = canTraffic(10 * batch, true);
     const std::vector<TzVciMessage> lin = linTraffic(10 * batch);
     Common::CANLoggerConfig canCsv;
-    canCsv.format = 1;
+    canCsv.format = csvFormat;
     Common::LINLoggerConfig linCsv;
-    linCsv.format = 1;
+    linCsv.format = csvFormat;
     bool ok = benchFormat("recorder.can_asc", *Common::makeCanRecordFormatter({}), classic);
     ok = benchFormat("recorder.can_csv", *Common::makeCanRecordFormatter(canCsv), classic) && ok;
     ok = benchFormat("recorder.can_fd64_asc", *Common::makeCanRecordFormatter({}), fd) && ok;
@@ -140,28 +143,29 @@ bool benchFormats()
 class KeptFiles
 {
 public:
-    explicit KeptFiles(std::string directory)
-        : m_directory(std::move(directory))
+    /// @param linesAround  lines of each file that are no records
+    KeptFiles(Common::RecordingPath path, std::uint64_t linesAround)
+        : m_path(std::move(path))
+        , m_linesAround(linesAround)
         , m_buffer(1 << 20)
     {
     }
 
     void takeFinished()
     {
-        for (; std::filesystem::exists(path(m_next + 1)); ++m_next)
-            take(path(m_next));
+        for (; std::filesystem::exists(m_path.keptPath(m_next + 1)); ++m_next)
+            take(m_path.keptPath(m_next));
     }
     void takeRest()
     {
-        for (; std::filesystem::exists(path(m_next)); ++m_next)
-            take(path(m_next));
-        take(m_directory + "/run.csv");
+        for (; std::filesystem::exists(m_path.keptPath(m_next)); ++m_next)
+            take(m_path.keptPath(m_next));
+        take(m_path.path());
     }
     std::uint64_t records() const { return m_records; }
     int files() const { return m_next; }
 
 private:
-    std::string path(int number) const { return m_directory + "/run." + std::to_string(number) + ".csv"; }
     void take(const std::string &path)
     {
         std::ifstream file(path, std::ios::binary);
@@ -170,14 +174,28 @@ private:
             file.read(m_buffer.data(), static_cast<std::streamsize>(m_buffer.size()));
             lines += static_cast<std::uint64_t>(std::count(m_buffer.begin(), m_buffer.begin() + file.gcount(), '\n'));
         }
-        m_records += lines - 1; // the header
+        m_records += lines - m_linesAround;
         std::filesystem::remove(path);
     }
 
-    std::string m_directory;
+    const Common::RecordingPath m_path;
+    const std::uint64_t m_linesAround;
     std::vector<char> m_buffer;
     std::uint64_t m_records = 0;
     int m_next = 1;
+};
+
+struct Can
+{
+    using Logger = Common::CANLogger;
+    using Config = Common::CANLoggerConfig;
+    static constexpr auto makeFormatter = Common::makeCanRecordFormatter;
+};
+struct Lin
+{
+    using Logger = Common::LINLogger;
+    using Config = Common::LINLoggerConfig;
+    static constexpr auto makeFormatter = Common::makeLinRecordFormatter;
 };
 
 struct Paced
@@ -203,18 +221,25 @@ Paced recordPaced(Logger &logger, const std::vector<TzVciMessage> &traffic, Kept
     return paced;
 }
 
-template <typename Logger, typename Config>
-bool benchSustained(const std::string &name, const std::vector<TzVciMessage> &traffic, std::chrono::seconds length)
+std::uint64_t linesIn(std::string_view text)
+{
+    return static_cast<std::uint64_t>(std::count(text.begin(), text.end(), '\n'));
+}
+
+template <typename Family>
+bool benchSustained(const std::string &name, int format, const std::vector<TzVciMessage> &traffic,
+                    std::chrono::seconds length)
 {
     QTemporaryDir directory;
     const Common::UnifiedTimeManager time;
-    Logger logger(&time);
-    Config config;
-    config.filePath = directory.filePath("run.csv").toLocal8Bit().toStdString();
-    config.format = 1;
+    typename Family::Logger logger(&time);
+    typename Family::Config config;
+    config.filePath = directory.filePath("run.txt").toLocal8Bit().toStdString();
+    config.format = format;
     config.sizeLimitMb = sizeLimitMb;
     logger.setConfig(config);
-    KeptFiles kept(directory.path().toLocal8Bit().toStdString());
+    const auto formatter = Family::makeFormatter(config);
+    KeptFiles kept(Common::RecordingPath(config.filePath), linesIn(formatter->header()) + linesIn(formatter->footer()));
     if (!directory.isValid() || logger.start() != Common::LoggerResult::ok) {
         fmt::print(stderr, "the recorder could not be started\n");
         std::exit(2);
@@ -252,10 +277,12 @@ int main(int argc, char **argv)
     Common::logInit("", Common::LogLevel::warning, 1, 1); // failures of the recorders are told
     Common::logStart(true);
     bool ok = benchFormats();
-    ok = benchSustained<Common::CANLogger, Common::CANLoggerConfig>("recorder.can", canTraffic(100'000, false),
-                                                                    length) &&
-         ok;
-    ok = benchSustained<Common::LINLogger, Common::LINLoggerConfig>("recorder.lin", linTraffic(100'000), length) && ok;
+    const std::vector<TzVciMessage> can = canTraffic(100'000, false);
+    const std::vector<TzVciMessage> lin = linTraffic(100'000);
+    ok = benchSustained<Can>("recorder.can", csvFormat, can, length) && ok;
+    ok = benchSustained<Lin>("recorder.lin", csvFormat, lin, length) && ok;
+    ok = benchSustained<Can>("recorder.can_asc", ascFormat, can, length) && ok;
+    ok = benchSustained<Lin>("recorder.lin_asc", ascFormat, lin, length) && ok;
     Common::logStop();
     return ok ? 0 : 1;
 }
