@@ -164,7 +164,7 @@ bool LogJudge::isExplained(const Line &line, const LogRule &rule, int box) const
 {
     return std::any_of(m_faults.begin(), m_faults.end(), [&](const Fault &fault) {
         const bool atWork = line.at >= fault.from - leadTime &&
-                            (fault.to == Clock::time_point::max() || line.at <= fault.to + aftermathOf(fault.cause));
+                            (fault.to == Clock::time_point::max() || line.at <= fault.to + rule.aftermath);
         const bool ofThisBox = box != noBox && (box == anyBox || fault.box == anyBox || fault.box == box);
         const bool longEnough = !isStandstill(fault.cause) || fault.to - fault.from >= rule.leastStandstill;
         return atWork && ofThisBox && longEnough &&

@@ -87,6 +87,15 @@ TEST_F(SoakLogJudge, ALossIsExplainedForLittleMoreThanTheSecondAfterWhichItIsTol
     EXPECT_EQ(unexplained().size(), 1U);
 }
 
+TEST_F(SoakLogJudge, AFullViewIsExplainedForLittleMoreThanTheSecondAfterWhichItIsTold)
+{
+    note(Cause::Freeze, LogJudge::anyBox, 0ms, 3500ms);
+    warn(4600ms, viewText);
+    EXPECT_TRUE(unexplained().empty());
+    warn(4700ms, viewText);
+    EXPECT_EQ(unexplained().size(), 1U);
+}
+
 TEST_F(SoakLogJudge, ALossBeforeTheStallIsNotItsDoing)
 {
     note(Cause::Stall, LogJudge::anyBox, 500ms, 600ms);
@@ -127,7 +136,7 @@ TEST_F(SoakLogJudge, TheDrainCatchesUpAfterAnyPileUp)
     note(Cause::Burst, someBox, 0ms, 250ms);
     note(Cause::Stall, LogJudge::anyBox, 5s, 5s + 9ms);
     note(Cause::Freeze, LogJudge::anyBox, 10s, 10s + 200ms);
-    for (const auto at : {300ms, 5100ms, 10'500ms})
+    for (const auto at : {300ms, 5100ms, 14'000ms})
         warn(at, drainText);
     EXPECT_TRUE(unexplained().empty());
     EXPECT_EQ(judge.explained().at("drain catches up"), 3U);

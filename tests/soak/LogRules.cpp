@@ -7,7 +7,7 @@ namespace {
 
 using std::chrono::milliseconds;
 
-constexpr milliseconds pileAftermath{1100}; // what has piled up is worked off; losses are told once a second
+constexpr milliseconds lossAftermath{1100}; // losses are told at once, and then once a second
 
 // The socket's buffer holds two seconds of a box's datagrams where the system gives all that is asked for, and a good
 // hundred milliseconds where it does not.
@@ -48,12 +48,18 @@ const std::vector<LogRule> &logRules()
          R"(Lost \d+ datagrams from ([\d.]+) on this host: the receive buffer was full\.)",
          Names::BoxAddress,
          {Burst, Stall},
-         leastLosingStall},
+         leastLosingStall,
+         lossAftermath},
         {"drain catches up",
          R"(UI message buffer may be full, continuing to drain\.\.\.)",
          Names::Nothing,
          {Burst, Stall, Freeze}},
-        {"view buffer full", R"((?:CAN|LIN) view buffer is full)", Names::Nothing, {Freeze}, leastFillingFreeze},
+        {"view buffer full",
+         R"((?:CAN|LIN) view buffer is full)",
+         Names::Nothing,
+         {Freeze},
+         leastFillingFreeze,
+         lossAftermath},
     };
     return table;
 }
@@ -78,11 +84,6 @@ const char *causeName(Cause cause)
 bool isStandstill(Cause cause)
 {
     return cause == Cause::Stall || cause == Cause::Freeze;
-}
-
-milliseconds aftermathOf(Cause cause)
-{
-    return isStandstill(cause) || cause == Cause::Burst ? pileAftermath : longestAftermath;
 }
 
 } // namespace tzsoak

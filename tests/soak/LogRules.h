@@ -23,9 +23,10 @@ enum class Cause
 const char *causeName(Cause cause);
 /// Whether nobody did it: it lasts from when to when, and acts on all boxes.
 bool isStandstill(Cause cause);
-/// For how long after its end a cause may leave lines.
-std::chrono::milliseconds aftermathOf(Cause cause);
-inline constexpr std::chrono::milliseconds longestAftermath{4000}; ///< the close of a lost box, a late reply
+
+/// For how long after its end a cause may leave lines, at the longest: the close of a lost box, a late reply, and what
+/// the boxes catch up with after a stall of theirs.
+inline constexpr std::chrono::milliseconds longestAftermath{4000};
 
 /// Which line of the log which cause may leave.
 struct LogRule
@@ -43,6 +44,7 @@ struct LogRule
     Names names;
     std::vector<Cause> causes;
     std::chrono::milliseconds leastStandstill{0}; ///< a shorter one explains nothing
+    std::chrono::milliseconds aftermath = longestAftermath;
 };
 const std::vector<LogRule> &logRules();
 
