@@ -75,8 +75,8 @@ bool reportGrowth(const QTemporaryDir &folder)
         hugeSeconds = std::min(hugeSeconds, processorSecondsToLoad(huge));
     }
     const double size = static_cast<double>(QFileInfo(huge).size()) / static_cast<double>(QFileInfo(large).size());
-    return report("ldf.load_growth", hugeSeconds / largeSeconds * 10.0 / size, "x time for 10 x size", Want::AtMost,
-                  targetGrowth);
+    return report("ldf.load_growth", hugeSeconds / largeSeconds * 10.0 / size, "x processor time for 10 x size",
+                  Want::AtMost, targetGrowth);
 }
 
 } // namespace
