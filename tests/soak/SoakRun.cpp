@@ -106,7 +106,8 @@ bool SoakRun::putRight()
         return false;
     m_user.stop();
     m_faults.stop();
-    if (!await([this] { return m_faults.isIdle() && m_user.isIdle(); }, "a fault or a dialog does not end"))
+    if (!await([this] { return m_user.isIdle(); }, "a dialog does not come or does not end") ||
+        !await([this] { return m_faults.isIdle(); }, "a fault does not end"))
         return false;
     m_timer.stop();
     if (const std::string reason = failure(); !reason.empty())
