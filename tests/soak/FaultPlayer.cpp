@@ -20,6 +20,7 @@ constexpr int silenceMostMs = 4000;
 constexpr int lateByMs = 700; // beyond the time that a request waits
 constexpr milliseconds settleTime{250};
 constexpr milliseconds lossPoll{50};
+constexpr int farewellPolls = 40;
 // A link notices that its box is gone by a datagram of its own: the keep-alive, at the latest after three seconds.
 constexpr int absenceLeastMs = 500;
 constexpr int absenceMostMs = 6000;
@@ -163,7 +164,7 @@ void FaultPlayer::playEmpty(int box)
     const std::size_t fault = m_judge.begin(Cause::Empty, box);
     tell(QStringLiteral("stop %1").arg(box));
     tell(QStringLiteral("empty %1").arg(box));
-    awaitLoss(box, [this, box, fault] { reopen(box, fault); });
+    awaitLoss(box, 0, [this, box, fault] { reopen(box, fault); });
 }
 
 // The traffic ends a moment before the box does, so that what is under way arrives: the refusal that tells the host of
@@ -206,13 +207,17 @@ void FaultPlayer::reopen(int box, std::size_t fault)
     finish(box, fault);
 }
 
-void FaultPlayer::awaitLoss(int box, const std::function<void()> &then)
+// On a machine that stands still the kernel may have dropped the farewell: it is said again.
+void FaultPlayer::awaitLoss(int box, int polls, const std::function<void()> &then)
 {
-    later(lossPoll, [this, box, then] {
-        if (m_workbench.hasLost(box))
+    later(lossPoll, [this, box, polls, then] {
+        if (m_workbench.hasLost(box)) {
             then();
-        else
-            awaitLoss(box, then);
+            return;
+        }
+        if (polls % farewellPolls == farewellPolls - 1)
+            tell(QStringLiteral("empty %1").arg(box));
+        awaitLoss(box, polls + 1, then);
     });
 }
 

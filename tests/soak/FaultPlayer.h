@@ -50,7 +50,7 @@ private:
     void vanishNow(int box, std::size_t fault);
     void returnOf(int box, std::size_t fault);
     void reopen(int box, std::size_t fault);
-    void awaitLoss(int box, const std::function<void()> &then);
+    void awaitLoss(int box, int polls, const std::function<void()> &then);
     void finish(int box, std::size_t fault);
     void later(std::chrono::milliseconds delay, std::function<void()> what);
     void tell(const QString &command);

@@ -21,6 +21,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <utility>
 
 namespace tzsoak {
 
@@ -91,7 +92,10 @@ void UserActions::actNext()
         return;
     m_timer.start(std::chrono::milliseconds(
         between(static_cast<int>(shortestActionPause.count()), static_cast<int>(longestActionPause.count()))));
-    if (!isIdle()) // the dialog of the action before is not through
+    // The dialog of the action before must be through. Where it has just gone, this may still be its event loop: the
+    // view that asked takes no further question until that has ended.
+    const bool wasSettled = std::exchange(m_settled, isIdle());
+    if (!wasSettled || !m_settled)
         return;
     if (m_boxes.unexpected() > 0)
         fail("a message box or dialog that nobody expected");
@@ -104,6 +108,7 @@ void UserActions::actNext()
             continue;
         ++m_count;
         (this->*action.act)();
+        m_settled = isIdle();
         return;
     }
 }

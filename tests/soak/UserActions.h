@@ -84,6 +84,7 @@ private:
     std::vector<Channel> m_stopped;
     std::uint64_t m_count = 0;
     bool m_running = false;
+    bool m_settled = true; ///< no dialog since the last look
     std::string m_failure;
 };
 
