@@ -109,13 +109,18 @@ bool BLFParser::parseFile(const QString &path, BlfFrames &outFrames)
         Common::logError("BLCreateFile failed: {}", path.toStdString());
         return false;
     }
-    const std::uint64_t count = readObjects(reader, outFrames);
+    BlfMemoryBudget budget(m_memoryBudget);
+    const std::uint64_t count = readObjects(reader, budget, outFrames);
+    if (budget.isUsedUp()) {
+        Common::logError("Not enough memory for all of {}: {} objects were read, the rest was not", path.toStdString(),
+                         count);
+    }
     Common::logInfo("Parsed {} objects from BLF file", count);
     reader.close();
     return count > 0;
 }
 
-std::uint64_t BLFParser::readObjects(BlfReader &reader, BlfFrames &outFrames)
+std::uint64_t BLFParser::readObjects(BlfReader &reader, BlfMemoryBudget &budget, BlfFrames &outFrames)
 {
     // Asking for receivers takes a lock, and they change only in what is called from here.
     bool wantsReport = isReportWanted();
@@ -142,6 +147,8 @@ std::uint64_t BLFParser::readObjects(BlfReader &reader, BlfFrames &outFrames)
         BlfFrame record;
         if (!read(reader, header, record))
             continue;
+        if (!budget.take(record))
+            break;
         if (wantsReport) {
             report(record);
             wantsReport = isReportWanted();

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "logging/blf/BlfFrame.h"
+#include "logging/blf/BlfMemoryBudget.h"
 
 #include <QObject>
 #include <QString>
@@ -29,7 +30,12 @@ public:
     /// parseFile(); the records so far stay.
     void setPulse(std::function<void()> pulse);
 
+    /// Bytes that the records of one parseFile() may hold. Preset: half of the machine's memory.
+    void setMemoryBudget(std::uint64_t bytes) { m_memoryBudget = bytes; }
+
     /// Appends a record for each object that is known; order as in the file. What cannot be read costs itself alone.
+    /// Ends early, with an error in the log, where the records would hold more than the memory budget; those so far
+    /// stay.
     /// @return whether there was at least one; a missing or unreadable file is logged as an error
     bool parseFile(const QString &path, BlfFrames &outFrames);
 
@@ -41,11 +47,12 @@ Q_SIGNALS:
     void sigProcessReport(const QString &text);
 
 private:
-    std::uint64_t readObjects(BlfReader &reader, BlfFrames &outFrames);
+    std::uint64_t readObjects(BlfReader &reader, BlfMemoryBudget &budget, BlfFrames &outFrames);
     bool isReportWanted() const;
     void report(const BlfFrame &record);
 
     std::function<void()> m_pulse;
+    std::uint64_t m_memoryBudget = BlfMemoryBudget::ofThisMachine();
 };
 
 } // namespace BLF

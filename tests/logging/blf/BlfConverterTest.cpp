@@ -3,6 +3,8 @@
 
 #include "logging/blf/BLFParser.h"
 #include "logging/blf/BlfConversionJob.h"
+#include "logging/blf/BlfPulse.h"
+#include "tests/logging/blf/BlfSlowWork.h"
 #include "tests/logging/blf/BlfTestWriter.h"
 #include "tests/support/FileSizeLimit.h"
 #include "tests/support/LogCapture.h"
@@ -13,7 +15,9 @@
 #include <QFile>
 #include <QFileInfo>
 
+#include <chrono>
 #include <new>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -38,12 +42,9 @@ protected:
     static void makeLog(int frames)
     {
         tztest::BlfTestWriter log;
-        tztest::BlfBytes objects;
-        constexpr int block = 1000;
-        for (int i = 0; i < std::min(frames, block); ++i)
-            tztest::appendObject(objects, 1, tztest::bodyBytes(tztest::CanMessageBody{.id = 0x123}));
-        for (int i = 0; i < std::max(1, frames / block); ++i)
-            log.addRaw(objects);
+        const tztest::BlfBytes object = tztest::blfObject(tztest::CanMessageBody{.id = 0x123});
+        for (int i = 0; i < frames; ++i)
+            log.addRaw(object);
         ASSERT_TRUE(log.save(QStringLiteral("a.blf")));
     }
 
@@ -56,11 +57,23 @@ protected:
         return converter.convert(job);
     }
 
+    /// Makes each frame cost so much time that a pulse is due whenever the parser looks at the clock.
+    void slowParserDown()
+    {
+        QObject::connect(&parser, qOverload<const QString &>(&BLF::BLFParser::sigProcessReport), &parser, [] {
+            const auto end = std::chrono::steady_clock::now() + std::chrono::microseconds(60);
+            while (std::chrono::steady_clock::now() < end) {
+            }
+        });
+    }
+
     static QByteArray output()
     {
         QFile file(QStringLiteral("a.out"));
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     }
+
+    static constexpr int framesOfThreePulses = 3 * int{BLF::BlfPulse::stepsBetweenBeats};
 
     const tztest::TempWorkDir workDir;
     const tztest::LogCapture log;
@@ -146,23 +159,32 @@ TEST_F(BlfConversion, GivenUpAtAnyStepItEndsThere)
 
 TEST_F(BlfConversion, GivenUpAmidTheParseItEndsThere)
 {
-    makeLog(400'000);
+    makeLog(framesOfThreePulses);
+    slowParserDown();
     int calls = 0;
     mayGoOn = [&] { return ++calls < 3; }; // the first is that of the first report
     EXPECT_EQ(convert(), Result::GivenUp);
     EXPECT_EQ(reports.size(), std::size_t{1});
+    EXPECT_EQ(calls, 3);
     EXPECT_TRUE(log.has(2, "BLF conversion given up: a.blf"));
 }
 
 TEST_F(BlfConversion, GivenUpAmidTheSaveItLeavesWhatCame)
 {
-    makeLog(1'000'000);
-    bool saving = false;
-    mayGoOn = [&] { return reports.size() < 3 || !std::exchange(saving, true); };
+    constexpr int frames = 500'000;
+    makeLog(frames);
+    std::optional<tztest::BlfSlowWork> slowSave;
+    mayGoOn = [&] {
+        if (reports.size() < 3)
+            return true;
+        if (!slowSave)
+            slowSave.emplace(2 * BLF::BlfPulse::interval); // the save is about to begin
+        return output().isEmpty();
+    };
     EXPECT_EQ(convert(), Result::GivenUp);
     EXPECT_EQ(reports.size(), std::size_t{3});
     EXPECT_GT(output().size(), 0);
-    EXPECT_LT(output().count('\n'), 1'000'001);
+    EXPECT_LT(output().count('\n'), frames + 1);
 }
 
 TEST_F(BlfConversion, TooLittleMemoryFails)
@@ -184,10 +206,11 @@ TEST_F(BlfConversion, AnyOtherExceptionFails)
 
 TEST_F(BlfConversion, TheParserIsLeftWithoutAPulse)
 {
-    makeLog(400'000);
+    makeLog(framesOfThreePulses);
+    slowParserDown();
     EXPECT_EQ(convert(), Result::Succeeded);
     mayGoOn = []() -> bool { throw std::logic_error("called after the end"); };
     BLF::BlfFrames frames;
     EXPECT_TRUE(parser.parseFile(job.inputPath, frames));
-    EXPECT_EQ(frames.size(), std::size_t{400'000});
+    EXPECT_EQ(frames.size(), std::size_t{framesOfThreePulses});
 }
