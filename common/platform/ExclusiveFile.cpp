@@ -113,10 +113,10 @@ bool ExclusiveFile::truncate(std::uint64_t size) noexcept
     return isOpen() && ::ftruncate(m_descriptor, offset) == 0 && ::lseek(m_descriptor, offset, SEEK_SET) == offset;
 }
 
-void ExclusiveFile::close() noexcept
+std::error_code ExclusiveFile::close() noexcept
 {
-    if (const int descriptor = std::exchange(m_descriptor, -1); descriptor >= 0)
-        ::close(descriptor);
+    const int descriptor = std::exchange(m_descriptor, -1);
+    return descriptor < 0 || ::close(descriptor) == 0 ? std::error_code() : lastError();
 }
 
 } // namespace Common::platform

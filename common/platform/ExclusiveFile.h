@@ -37,7 +37,10 @@ public:
     std::size_t write(std::string_view data) noexcept;
     /// Cuts the file, so that the next write() appends there.
     bool truncate(std::uint64_t size) noexcept;
-    void close() noexcept;
+    /// Lets go of the file, in any case. Nothing to do where none is open.
+    /// @return what kept something written before from reaching the file: a file system that is far away or counts what
+    ///         each user has may tell only now
+    std::error_code close() noexcept;
 
 private:
     int m_descriptor = -1;

@@ -26,8 +26,8 @@ public:
     }
 
     Common::LineBuffer &buffer() noexcept { return m_buffer; }
-    /// Writes once there is enough for a block. @return false where not all of it reached the file
-    bool flushBlock() { return m_buffer.text().size() < blockSize || flush(); }
+    bool holdsBlock() const noexcept { return m_buffer.text().size() >= blockSize; }
+    /// @return false where not all of it reached the file
     bool flush()
     {
         const std::string_view block = m_buffer.text();
@@ -55,8 +55,11 @@ bool writeAll(BlockWriter &writer, const BlfFrames &frames, const BlfLineForm &f
         if (!withInternalEvents && !isBusFrame(frame))
             continue;
         form.append(frame, writer.buffer());
-        if (!writer.flushBlock())
+        if (!writer.holdsBlock())
+            continue;
+        if (!writer.flush())
             return false;
+        pulse.beat(); // the disk may be slow, and few records may be much text
     }
     writer.add(form.footer());
     return writer.flush();
@@ -76,10 +79,15 @@ bool saveRecords(const QString &path, const BlfFrames &frames, const BlfLineForm
     }
     BlockWriter writer(file);
     BlfPulse beats(pulse);
-    if (writeAll(writer, frames, form, withInternalEvents, beats))
-        return true;
-    Common::logError("Could not write all of {}", path.toStdString());
-    return false;
+    if (!writeAll(writer, frames, form, withInternalEvents, beats)) {
+        Common::logError("Could not write all of {}", path.toStdString());
+        return false;
+    }
+    if (const auto error = file.close()) {
+        Common::logError("Could not write all of {}: {}", path.toStdString(), error.message());
+        return false;
+    }
+    return true;
 }
 
 } // namespace BLF

@@ -10,11 +10,15 @@
 #include "tests/support/FileSizeLimit.h"
 #include "tests/support/LogCapture.h"
 
+#include <QDir>
 #include <QFileInfo>
 
 #include <algorithm>
 #include <chrono>
 #include <string>
+#include <utility>
+
+#include <unistd.h>
 
 using namespace BLF;
 using namespace tztest;
@@ -226,6 +230,50 @@ TEST(BlfSavePulse, IsCalledNowAndThenInALongSave)
     EXPECT_EQ(calls, 4U);
 }
 
+// Descriptions alone; each takes longer than the interval.
+class SlowTextForm final : public BlfLineForm
+{
+public:
+    std::string header() const override { return {}; }
+    std::string_view footer() const override { return {}; }
+
+protected:
+    char *line(char *out, const BlfFrame &frame) const override
+    {
+        spend(BlfPulse::interval);
+        return utf8Text(out, frame.description);
+    }
+};
+
+BlfFrames recordsOfABlock(std::size_t count)
+{
+    return BlfFrames(count, blfEventRecord(FrameType::systemVariable, QString(300'000, QLatin1Char('t'))));
+}
+
+TEST(BlfSavePulse, IsCalledBetweenBlocksOfFewLongRecords)
+{
+    const QTemporaryDir folder;
+    const BlfFrames frames = recordsOfABlock(3);
+    std::size_t calls = 0;
+    EXPECT_TRUE(
+        saveRecords(folder.filePath(QStringLiteral("slow")), frames, SlowTextForm(), true, [&calls] { ++calls; }));
+    EXPECT_EQ(calls, frames.size());
+}
+
+TEST(BlfSavePulse, MayEndTheSaveByThrowing)
+{
+    struct Enough
+    {
+    };
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("slow"));
+    const BlfFrames frames = recordsOfABlock(3);
+    EXPECT_THROW(saveRecords(path, frames, SlowTextForm(), true, [] { throw Enough(); }), Enough);
+    EXPECT_EQ(QFileInfo(path).size(), 300'001);
+    Common::platform::ExclusiveFile other;
+    EXPECT_FALSE(other.open(QFile::encodeName(path).toStdString())) << "the file is let go of";
+}
+
 TEST(BlfSavePulse, IsNotCalledInAShortSave)
 {
     const QTemporaryDir folder;
@@ -233,6 +281,43 @@ TEST(BlfSavePulse, IsNotCalledInAShortSave)
     EXPECT_TRUE(
         saveRecords(folder.filePath(QStringLiteral("short")), dataRecords(1), SlowForm(), true, [&calls] { ++calls; }));
     EXPECT_EQ(calls, 0U);
+}
+
+// Closes the file under the one who has written it. Closing fails then, as it does where a file system tells only at
+// the end that it lost something.
+class LosingForm final : public BlfLineForm
+{
+public:
+    explicit LosingForm(QString path)
+        : m_path(std::move(path))
+    {
+    }
+    std::string header() const override { return {}; }
+    std::string_view footer() const override
+    {
+        const QDir descriptors(QStringLiteral("/proc/self/fd"));
+        for (const QString &name : descriptors.entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot)) {
+            if (QFileInfo(descriptors.filePath(name)).canonicalFilePath() == m_path)
+                ::close(name.toInt());
+        }
+        return {};
+    }
+
+protected:
+    char *line(char *out, const BlfFrame &frame) const override { return utf8Text(out, frame.description); }
+
+private:
+    const QString m_path;
+};
+
+TEST(BlfSaveEnd, FailureToCloseTheFileIsFalseAndLogged)
+{
+    const LogCapture log;
+    const QTemporaryDir folder;
+    const QString path = QFileInfo(folder.path()).canonicalFilePath() + QStringLiteral("/lost");
+    EXPECT_FALSE(saveRecords(path, recordsOfABlock(1), LosingForm(path), true, {}));
+    EXPECT_EQ(log.countContaining(Common::LogLevel::error, "Could not write all of " + path.toStdString() + ": "), 1U);
+    EXPECT_EQ(QFileInfo(path).size(), 300'001) << "all was written before";
 }
 
 TEST(BlfPulse, CallsAtMostOnceInItsInterval)
