@@ -31,7 +31,11 @@ QString BlfConversionJob::defaultOutputPath(const QString &inputPath, TextFormat
     const QFileInfo input(inputPath);
     if (input.fileName().isEmpty())
         return {};
-    return input.absoluteDir().filePath(QStringLiteral("%1_processed.%2").arg(input.baseName(), extension(format)));
+    // Put together by hand: a name that begins with a colon is taken for a path of its own elsewhere.
+    QString folder = input.absolutePath();
+    if (!folder.endsWith(QLatin1Char('/')))
+        folder += QLatin1Char('/');
+    return folder + QStringLiteral("%1_processed.%2").arg(input.baseName(), extension(format));
 }
 
 QString BlfConversionJob::firstLog(const QList<QUrl> &files)

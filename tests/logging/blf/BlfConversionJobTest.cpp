@@ -67,6 +67,8 @@ INSTANTIATE_TEST_SUITE_P(
                     PathCase{"RootFolder", "/drive.blf", TextFormat::Csv, "/drive_processed.csv"},
                     PathCase{"Blanks", "/my logs/a drive.blf", TextFormat::Asc, "/my logs/a drive_processed.asc"},
                     PathCase{"Chinese", "/日志/行车 记录.blf", TextFormat::Csv, "/日志/行车 记录_processed.csv"},
+                    PathCase{"Colon", "/logs/:a.blf", TextFormat::Csv, "/logs/:a_processed.csv"},
+                    PathCase{"ColonInRootFolder", "/:a.blf", TextFormat::Csv, "/:a_processed.csv"},
                     PathCase{"Folder", "/logs/", TextFormat::Csv, ""}, PathCase{"Nothing", "", TextFormat::Csv, ""}),
     [](const auto &test) { return std::string(test.param.name); });
 
