@@ -13,7 +13,7 @@ namespace {
 constexpr std::array<std::string_view, 9> frameTypeTexts{"Data",     "RTR",     "Error",  "FD_Error", "Driver_Error",
                                                          "Overload", "Setting", "SysVar", "Statistic"};
 
-constexpr std::uint32_t noBusLoad = 0x8000; // what stands there before the load is known
+constexpr std::uint32_t noBusLoad = 0x8000; // counts as no load
 constexpr std::uint16_t dataPhase = 1U << 3;
 
 namespace VariableType {
@@ -61,6 +61,14 @@ QString decoded(std::string_view bytes)
     return isUtf8 ? text : QString::fromLatin1(bytes.data(), size);
 }
 
+// Control characters, and what else counts as the end of a line somewhere.
+bool mayBreakLine(QChar character)
+{
+    constexpr ushort nextLine = 0x85;
+    return character < QLatin1Char(' ') || character == QChar(nextLine) || character == QChar::LineSeparator ||
+           character == QChar::ParagraphSeparator;
+}
+
 // The number that a value begins with; 0 where the value is too short for it.
 template <typename Number> Number numberAt(std::span<const std::byte> value)
 {
@@ -103,7 +111,7 @@ QString fileText(std::string_view bytes)
 {
     QString text = decoded(bytes.substr(0, bytes.find('\0')));
     for (QChar &character : text) {
-        if (character < QLatin1Char(' '))
+        if (mayBreakLine(character))
             character = QLatin1Char(' ');
     }
     return text;

@@ -14,8 +14,8 @@ namespace BLF {
 /// Text of the FrameType numbers, "Unknown" for others.
 std::string_view frameTypeText(std::uint32_t frameType) noexcept;
 
-/// A text of the file up to its first zero byte: UTF-8 where it is valid, else Latin-1. Control characters become
-/// blanks, so that no text breaks the line that it stands in.
+/// A text of the file up to its first zero byte: UTF-8 where it is valid, else Latin-1. Control characters below 0x20
+/// become blanks, and so do the other ends of lines (U+0085, U+2028, U+2029): no text breaks the line it stands in.
 QString fileText(std::string_view bytes);
 
 // The descriptions of what is no frame.

@@ -218,6 +218,17 @@ TEST(BlfFileText, EndsAtTheFirstZero)
     EXPECT_EQ(fileText({}), QString());
 }
 
+TEST(BlfFileText, OtherEndsOfLinesBecomeBlanksToo)
+{
+    EXPECT_EQ(fileText("a\xC2\x85"
+                       "b\xE2\x80\xA8"
+                       "c\xE2\x80\xA9"
+                       "d"),
+              QStringLiteral("a b c d"));
+    EXPECT_EQ(fileText("\xE9\x85"), QString::fromLatin1("\xE9 "));
+    EXPECT_EQ(fileText("\xC2\x84\xE2\x80\xA7"), QString::fromUtf8("\xC2\x84\xE2\x80\xA7")) << "their neighbours";
+}
+
 TEST(BlfFileText, ControlCharactersBecomeBlanks)
 {
     EXPECT_EQ(fileText("a\r\nb\tc\x1F\x7F"), QStringLiteral("a  b c \x7F"));
