@@ -33,6 +33,20 @@ void TestBlfConverterRun::cleanup()
     fixture.reset();
 }
 
+// Others may call them by their place.
+void TestBlfConverterRun::slotsAreInTheirOrder()
+{
+    const QMetaObject *meta = fixture->dialog.metaObject();
+    QStringList names;
+    for (int i = meta->methodOffset(); i < meta->methodCount(); ++i) {
+        QCOMPARE(meta->method(i).methodType(), QMetaMethod::Slot);
+        names.append(QString::fromLatin1(meta->method(i).name()));
+    }
+    QCOMPARE(names, (QStringList{"onSelectInputFile", "onSelectOutputFile", "onProcessFile", "onProcessReport",
+                                 "onProcessReport", "onProcessReport", "onResetClicked", "onInputFilePathChanged",
+                                 "onOutputFormatChanged", "updateProcessButtonState", "onExportOptionChanged"}));
+}
+
 void TestBlfConverterRun::convertsToCsv()
 {
     const QString log = fixture->makeLog(QStringLiteral("a.blf"), frames);
@@ -76,6 +90,24 @@ void TestBlfConverterRun::optionsReachTheFile()
              frames + 1); // without the error frame
 }
 
+void TestBlfConverterRun::optionsReachTheAscFileToo()
+{
+    const QString log = fixture->makeLog(QStringLiteral("a.blf"), frames);
+    fixture->asc()->click();
+    fixture->driver.expectBox(Box::Close);
+    fixture->convert(log, fixture->inFolder("with.asc"));
+    const QString with = fixture->textOf(fixture->inFolder("with.asc"));
+    QVERIFY(with.contains(QStringLiteral("\ninternal events logged\n")));
+    QCOMPARE(with.count(QStringLiteral("ErrorFrame ")), 1);
+    fixture->internalEvents()->click();
+    fixture->driver.expectBox(Box::Close);
+    fixture->convert(log, fixture->inFolder("without.asc"));
+    const QString without = fixture->textOf(fixture->inFolder("without.asc"));
+    QVERIFY(without.contains(QStringLiteral("\nno internal events logged\n")));
+    QCOMPARE(without.count(QStringLiteral("ErrorFrame ")), 0);
+    QCOMPARE(without.count(QLatin1Char('\n')), with.count(QLatin1Char('\n')) - 1);
+}
+
 void TestBlfConverterRun::optionsReachBothWriters()
 {
     BLF::BlfCsvWriter::options = {};
@@ -116,6 +148,22 @@ void TestBlfConverterRun::openFileAndOpenFolderGoToTheDesktop()
     fixture->driver.expectBox(QStringLiteral("Open Folder"));
     fixture->click("buttonStart");
     QCOMPARE(opener.openedFile(), QFileInfo(folder).canonicalFilePath());
+}
+
+void TestBlfConverterRun::escapeClosesTheBoxAndOpensNothing()
+{
+    const DocumentOpener opener;
+    fixture->driver.expectBoxToGo();
+    QTimer escape;
+    QObject::connect(&escape, &QTimer::timeout, &fixture->dialog, [] {
+        auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+        if (box && fixture->driver.allMet())
+            QTest::keyClick(box, Qt::Key_Escape);
+    });
+    escape.start(5);
+    fixture->convert(fixture->makeLog(QStringLiteral("a.blf"), frames), fixture->inFolder("a.csv"));
+    verifySuccessBox(fixture->lastBox(), fixture->inFolder("a.csv"));
+    QCOMPARE(opener.openedFile(), QString());
 }
 
 void TestBlfConverterRun::withoutAProgramToOpenWithItTellsSo()

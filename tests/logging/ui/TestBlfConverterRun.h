@@ -11,12 +11,15 @@ private Q_SLOTS:
     void init();
     void cleanup();
 
+    void slotsAreInTheirOrder();
     void convertsToCsv();
     void convertsToAsc();
     void optionsReachTheFile();
+    void optionsReachTheAscFileToo();
     void optionsReachBothWriters();
     void pathsWithBlanksAndChineseCharacters();
     void openFileAndOpenFolderGoToTheDesktop();
+    void escapeClosesTheBoxAndOpensNothing();
     void withoutAProgramToOpenWithItTellsSo();
     void checksInTheirOrder_data();
     void checksInTheirOrder();
