@@ -16,13 +16,16 @@ constexpr std::uint32_t usualFileHeader = 144;
 constexpr std::uint32_t fileSignature = 0x47474F4C; // "LOGG"
 constexpr std::uint64_t pieceSize = 256 * 1024;     // twice of what recorders put into a container
 
-// A zlib stream begins with the number of its method and a check of the first two bytes.
+// A zlib stream begins with the number of its method, the size of its window and a check of the first two bytes.
+// Recorders set no dictionary.
 bool beginsZlib(std::span<const std::byte> bytes) noexcept
 {
     if (bytes.size() < 2)
         return false;
+    constexpr unsigned dictionary = 0x20;
     const auto first = std::to_integer<unsigned>(bytes[0]);
-    return (first & 0x0F) == 8 && (first * 256 + std::to_integer<unsigned>(bytes[1])) % 31 == 0;
+    const auto second = std::to_integer<unsigned>(bytes[1]);
+    return (first & 0x0F) == 8 && first >> 4 <= 7 && (second & dictionary) == 0 && (first * 256 + second) % 31 == 0;
 }
 
 } // namespace
@@ -49,9 +52,9 @@ bool BlfContainers::open(const QString &path)
 
 BlfContainers::Next BlfContainers::next(BlfWindow &stream)
 {
-    m_pulse();
     m_file.skip(std::exchange(m_objectSize, 0));
     while (true) {
+        m_pulse(); // many containers may hold nothing, and a long one may not unpack to anything
         if (m_state == State::stored && copyStored(stream))
             return Next::bytes;
         if (m_state == State::packed && unpack(stream))
@@ -97,11 +100,7 @@ void BlfContainers::tellGap()
     if (!gap)
         return;
     m_hasLost = true;
-    if (gap->cutObjectSize > 0)
-        m_damage.tell("the object at byte {} is cut: {} of {} bytes are there", gap->position, gap->length,
-                      gap->cutObjectSize);
-    else
-        m_damage.tell("passed over {} bytes at byte {} that are no object", gap->length, gap->position);
+    m_damage.tellGap(*gap, {});
 }
 
 void BlfContainers::beginContainer(const BaseHeader &header)
@@ -121,6 +120,7 @@ void BlfContainers::beginContainer(const BaseHeader &header)
     const auto stated = numberAt<std::uint32_t>(m_file.bytes(), 24);
     m_file.skip(BlfObjectSearch::containerHeaderSize);
     m_payloadLeft = there - BlfObjectSearch::containerHeaderSize;
+    m_mayBeStored = false;
     switch (packing(header, method)) {
     case Packing::stored:
         m_state = State::stored;
@@ -137,6 +137,7 @@ void BlfContainers::beginContainer(const BaseHeader &header)
     case Packing::packedUnstated:
         m_state = State::packed;
         m_contentLimit = largestContent;
+        m_mayBeStored = true;
         break;
     case Packing::unknown:
         m_damage.tell("the container at byte {} is packed by the unknown method {}", m_containerPosition, method);
@@ -153,7 +154,8 @@ BlfContainers::Packing BlfContainers::packing(const BaseHeader &header, std::uin
 {
     constexpr std::uint16_t storedMethod = 0;
     constexpr std::uint16_t zlibMethod = 2;
-    m_file.ensure(static_cast<std::size_t>(std::min<std::uint64_t>(m_payloadLeft, sizeof(std::uint32_t))));
+    constexpr std::uint64_t enoughToTell = 4096; // where the first bytes look packed, whether they are
+    m_file.ensure(static_cast<std::size_t>(std::min(m_payloadLeft, enoughToTell)));
     const auto payload = m_file.bytes().first(std::min<std::uint64_t>(m_payloadLeft, m_file.bytes().size()));
     if (header.headerSize > BaseHeader::size)
         return beginsZlib(payload) ? Packing::packedUnstated : Packing::storedToTheEnd;
@@ -191,12 +193,14 @@ bool BlfContainers::copyStored(BlfWindow &stream)
         m_contentLeft -= count;
         return true;
     }
-    if (m_payloadLeft > 0 && !m_isCut) {
+    if (m_contentLeft > 0) {
+        // that some payload is left means that the file cannot be read, which is told at its end
+        m_hasLost = m_hasLost || m_payloadLeft > 0 || m_isCut;
+    } else if (m_payloadLeft > 0 && !m_isCut) {
         m_damage.tell("the container at byte {} holds {} bytes more than it states", m_containerPosition,
                       m_payloadLeft);
         m_hasLost = true;
     }
-    m_hasLost = m_hasLost || (m_isCut && m_contentLeft > 0);
     endContainer();
     return false;
 }
@@ -212,6 +216,11 @@ bool BlfContainers::unpack(BlfWindow &stream)
     const std::size_t inputSize = hasInput ? std::min<std::uint64_t>(m_file.bytes().size(), m_payloadLeft) : 0;
     const BlfInflater::Progress progress =
         m_inflater.unpack(m_file.bytes().first(inputSize), stream.room(std::min(m_contentLeft, pieceSize)));
+    if (std::exchange(m_mayBeStored, false) && progress.state == BlfInflater::State::damaged && progress.made == 0) {
+        m_state = State::stored; // it began like a packed one by chance
+        m_contentLeft = m_contentLimit = m_payloadLeft;
+        return false;
+    }
     stream.append(progress.made);
     m_file.skip(progress.taken);
     m_payloadLeft -= progress.taken;
@@ -226,6 +235,7 @@ void BlfContainers::checkPackedEnd()
 {
     std::array<std::byte, 1> excess;
     while (true) {
+        m_pulse();
         const bool hasInput = hasPayload();
         const std::size_t inputSize = hasInput ? std::min<std::uint64_t>(m_file.bytes().size(), m_payloadLeft) : 0;
         const BlfInflater::Progress progress = m_inflater.unpack(m_file.bytes().first(inputSize), excess);
@@ -245,12 +255,13 @@ void BlfContainers::checkPackedEnd()
     }
 }
 
+// Where some payload is left of a stream that would go on, the file cannot be read, which is told at its end.
 void BlfContainers::endPacked(const BlfInflater::Progress &progress)
 {
     const std::uint64_t content = m_contentLimit - m_contentLeft;
     if (progress.state == BlfInflater::State::damaged)
         m_damage.tell("the container at byte {} is damaged: {} bytes could be unpacked", m_containerPosition, content);
-    else if (progress.state == BlfInflater::State::going && !m_isCut)
+    else if (progress.state == BlfInflater::State::going && !m_isCut && m_payloadLeft == 0)
         m_damage.tell("the container at byte {} ends too early: {} bytes could be unpacked", m_containerPosition,
                       content);
     m_hasLost = m_hasLost || (progress.state != BlfInflater::State::ended && m_contentLeft > 0);

@@ -33,7 +33,7 @@ public:
 
     /// @return false for what is no BLF log
     bool open(const QString &path);
-    /// Appends to @p stream what comes next, and calls the pulse.
+    /// Appends to @p stream what comes next, and calls the pulse, also while nothing comes.
     Next next(BlfWindow &stream);
     /// After Next::object: valid until the next call of next().
     std::span<const std::byte> object() const noexcept { return m_file.bytes().first(m_objectSize); }
@@ -80,6 +80,7 @@ private:
     std::uint64_t m_contentLimit = 0;
     std::uint64_t m_contentLeft = 0; // of m_contentLimit
     bool m_isCut = false;            // it claims to reach beyond the file's end
+    bool m_mayBeStored = false;      // it looks packed, but does not say so
 };
 
 } // namespace BLF

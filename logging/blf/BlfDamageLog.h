@@ -7,8 +7,11 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace BLF {
+
+struct BlfGap;
 
 /// Tells what of a log could not be read, by error lines that name it: a bounded number of them, and at the end one
 /// with the number of those that were kept back.
@@ -27,6 +30,9 @@ public:
         if (++m_count <= maxLines)
             Common::logError("{}: {}", m_path, fmt::format(text, std::forward<Args>(args)...));
     }
+    /// Tells of bytes that were passed over.
+    /// @param data  what its position counts in, to be put behind that; empty for the file
+    void tellGap(const BlfGap &gap, std::string_view data);
 
 private:
     const std::string m_path; // UTF-8

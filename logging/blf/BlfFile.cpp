@@ -41,7 +41,7 @@ bool BlfFile::readOn()
     const std::span<std::byte> room = m_window.room(wanted);
     const qint64 got = m_file.read(reinterpret_cast<char *>(room.data()), static_cast<qint64>(room.size()));
     if (got <= 0)
-        return fail();
+        return fail(got == 0 ? QStringLiteral("the file has become shorter") : m_file.errorString());
     m_window.append(static_cast<std::size_t>(got));
     return true;
 }
@@ -55,12 +55,14 @@ void BlfFile::skip(std::uint64_t count)
     const std::uint64_t target = position() + count;
     m_window.restartAt(target);
     if (!m_file.seek(static_cast<qint64>(target)))
-        fail();
+        fail(m_file.errorString());
 }
 
 // What is in memory can still be used; there is no more.
-bool BlfFile::fail()
+bool BlfFile::fail(const QString &errorText)
 {
+    if (!m_hasFailed)
+        m_errorText = errorText;
     m_hasFailed = true;
     m_size = position() + bytes().size();
     return false;

@@ -16,7 +16,8 @@ public:
     /// Bytes; after a failed read the place where that was.
     std::uint64_t size() const noexcept { return m_size; }
     bool hasFailed() const noexcept { return m_hasFailed; }
-    QString errorText() const { return m_file.errorString(); }
+    /// Of the first read that failed.
+    const QString &errorText() const noexcept { return m_errorText; }
 
     /// Where the next byte stands in the file, and those that are in memory from there on.
     std::uint64_t position() const noexcept { return m_window.position(); }
@@ -31,12 +32,13 @@ public:
     void skip(std::uint64_t count);
 
 private:
-    bool fail();
+    bool fail(const QString &errorText);
 
     QFile m_file;
     BlfWindow m_window;
     std::uint64_t m_size = 0;
     bool m_hasFailed = false;
+    QString m_errorText;
 };
 
 } // namespace BLF

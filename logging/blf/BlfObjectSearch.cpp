@@ -26,6 +26,25 @@ bool isPlausible(const BaseHeader &header) noexcept
     return header.headerVersion >= 1 && header.headerVersion <= 3 && header.objectType < 1000;
 }
 
+// Their greatest is not half as long as the limit, and a wrong size must not take those behind with it.
+bool hasFixedForm(std::uint32_t type) noexcept
+{
+    switch (type) {
+    case ObjectType::canMessage:
+    case ObjectType::canErrorFrame:
+    case ObjectType::canStatistic:
+    case ObjectType::canDriverError:
+    case ObjectType::canErrorFrameExt:
+    case ObjectType::canMessage2:
+    case ObjectType::overrun:
+    case ObjectType::canFdMessage:
+    case ObjectType::canFdMessage64:
+    case ObjectType::canFdErrorFrame64:
+    case ObjectType::canSettingChanged: return true;
+    default: return false;
+    }
+}
+
 } // namespace
 
 bool BlfObjectSearch::isObject(const BaseHeader &header, std::uint64_t position, std::uint64_t end) const noexcept
@@ -35,10 +54,25 @@ bool BlfObjectSearch::isObject(const BaseHeader &header, std::uint64_t position,
         return false;
     if (m_level == Level::file && header.objectType == ObjectType::container)
         return header.objectSize >= containerHeaderSize;
-    return header.objectSize <= largestObject && header.objectSize <= end - position;
+    if (header.objectSize > largestFixedForm && (header.objectSize > largestObject || hasFixedForm(header.objectType)))
+        return false;
+    return header.objectSize <= end - position;
 }
 
 bool BlfObjectSearch::find(BlfWindow &window, std::uint64_t end)
+{
+    if (!findHere(window, end))
+        return false;
+    m_large.objectSize = 0;
+    if (const BaseHeader header = BaseHeader::at(window.bytes());
+        header.objectSize > largestFixedForm && header.objectType != ObjectType::container) {
+        m_large = header;
+        m_largeEnd = window.position() + header.objectSize;
+    }
+    return true;
+}
+
+bool BlfObjectSearch::findHere(BlfWindow &window, std::uint64_t end)
 {
     if (!m_isInGap) {
         if (findNear(window, end))
@@ -63,10 +97,12 @@ bool BlfObjectSearch::findNear(BlfWindow &window, std::uint64_t end) const noexc
     return false;
 }
 
-// An object that nothing but the end stops is told as such.
+// An object that nothing but the end stops is told as such, and also one that may have hidden others: where its size
+// is wrong, what follows is mostly no object.
 void BlfObjectSearch::beginGap(BlfWindow &window) noexcept
 {
     const std::span<const std::byte> bytes = window.bytes();
+    const bool isSuspect = m_large.objectSize > 0 && m_largeEnd == window.position();
     std::uint32_t cutObjectSize = 0;
     for (std::size_t padding = 0; padding <= longestPadding && padding + BaseHeader::size <= bytes.size(); ++padding) {
         const BaseHeader header = BaseHeader::at(bytes.subspan(padding));
@@ -76,7 +112,7 @@ void BlfObjectSearch::beginGap(BlfWindow &window) noexcept
             break;
         }
     }
-    m_gap = {window.position(), 0, cutObjectSize};
+    m_gap = {window.position(), 0, cutObjectSize, isSuspect ? m_large.objectSize : 0, m_large.objectType};
     m_gapHasData = false;
     m_isInGap = true;
 }

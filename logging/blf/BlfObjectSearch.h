@@ -15,6 +15,8 @@ struct BlfGap
     std::uint64_t position = 0; ///< as the window counts
     std::uint64_t length = 0;
     std::uint32_t cutObjectSize = 0; ///< where it begins with an object that the end cuts: what that wants; otherwise 0
+    std::uint32_t suspectSize = 0;   ///< of a large object directly in front of it, which may be wrong; otherwise 0
+    std::uint32_t suspectType = 0;   ///< of the same
 };
 
 /// Finds objects in bytes that come piece by piece: behind the padding of the one before, or beyond damage.
@@ -28,6 +30,7 @@ public:
     };
     static constexpr std::uint64_t unknownEnd = std::numeric_limits<std::uint64_t>::max();
     static constexpr std::uint32_t largestObject = 16 * 1024 * 1024; ///< bytes; greater claims are damage
+    static constexpr std::uint32_t largestFixedForm = 512;           ///< the same for types without texts
     static constexpr std::uint32_t containerHeaderSize = 32;         ///< with the fields in front of the payload
 
     explicit BlfObjectSearch(Level level) noexcept
@@ -45,6 +48,7 @@ public:
 
 private:
     bool isObject(const BaseHeader &header, std::uint64_t position, std::uint64_t end) const noexcept;
+    bool findHere(BlfWindow &window, std::uint64_t end);
     bool findNear(BlfWindow &window, std::uint64_t end) const noexcept;
     void beginGap(BlfWindow &window) noexcept;
     bool findBehindGap(BlfWindow &window, std::uint64_t end);
@@ -54,6 +58,8 @@ private:
     bool m_isInGap = false;
     bool m_gapHasData = false; // something else than zeros
     BlfGap m_gap;
+    BaseHeader m_large; // the last object found, while that is a large one
+    std::uint64_t m_largeEnd = 0;
 };
 
 } // namespace BLF

@@ -122,14 +122,8 @@ bool BlfStream::fetch()
 void BlfStream::tellGap()
 {
     const std::optional<BlfGap> gap = m_search.takeGap();
-    if (std::exchange(m_isLossTold, false) || !gap)
-        return;
-    if (gap->cutObjectSize > 0)
-        m_damage.tell("the object at byte {} of the unpacked data is cut: {} of {} bytes are there", gap->position,
-                      gap->length, gap->cutObjectSize);
-    else
-        m_damage.tell("passed over {} bytes at byte {} of the unpacked data that are no object", gap->length,
-                      gap->position);
+    if (!std::exchange(m_isLossTold, false) && gap)
+        m_damage.tellGap(*gap, " of the unpacked data");
 }
 
 } // namespace BLF

@@ -11,5 +11,7 @@ namespace tztest {
 std::size_t allocationsOfThisThread() noexcept;
 /// Calls of operator new by all threads since the program began.
 std::size_t allocationsOfAllThreads() noexcept;
+/// Bytes of the largest call by the calling thread since it asked last, or began.
+std::size_t takeLargestAllocationOfThisThread() noexcept;
 
 } // namespace tztest

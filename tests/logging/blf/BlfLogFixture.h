@@ -68,6 +68,12 @@ protected:
     SeenObjects objectsOf(const BlfBytes &file)
     {
         EXPECT_TRUE(saveBytes(path, file));
+        return objectsOfFile();
+    }
+    SeenObjects objectsOf(BlfTestWriter &writer) { return objectsOf(writer.file()); }
+    /// Those of the file that is there.
+    SeenObjects objectsOfFile()
+    {
         EXPECT_TRUE(reader.open(path));
         SeenObjects objects;
         for (BLF::ObjectHeader header; reader.peek(header);)
@@ -75,7 +81,6 @@ protected:
         reader.close();
         return objects;
     }
-    SeenObjects objectsOf(BlfTestWriter &writer) { return objectsOf(writer.file()); }
 
     bool opens(const BlfBytes &file) { return saveBytes(path, file) && reader.open(path); }
 

@@ -3,6 +3,8 @@
 #include "tests/logging/blf/BlfLogFixture.h"
 #include "tests/support/ProcessFigures.h"
 
+#include <QFile>
+
 #include <algorithm>
 #include <ctime>
 #include <functional>
@@ -135,6 +137,53 @@ TEST_F(BlfLongLogMemory, DoesNotGrowWithTheLog)
             reader.skip();
         EXPECT_GE(objects, size / 56);
         EXPECT_LT(most - before, 8.0);
+    }
+}
+
+// Most of the file is a hole, as the padding of its first container.
+TEST_F(BlfLongLogMemory, PositionsBeyondFourGiBAreRight)
+{
+    constexpr std::uint32_t greatest = 4'294'967'292;
+    constexpr qint64 second = 144 + qint64{greatest};
+    BlfTestWriter writer;
+    writer.addTopLevel(blfContainer(frameObject(0), {.level = 6, .objectSize = greatest, .padding = 0}));
+    ASSERT_TRUE(saveBytes(path, writer.file()));
+    BlfBytes tail = blfContainer(frameObject(1));
+    const std::size_t junk = tail.size();
+    tail.insert(tail.end(), 12, 'L');
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite) && file.seek(second));
+    ASSERT_EQ(file.write(reinterpret_cast<const char *>(tail.data()), static_cast<qint64>(tail.size())),
+              static_cast<qint64>(tail.size()));
+    file.close();
+    EXPECT_EQ(objectsOfFile(), seenFrames(2));
+    EXPECT_THAT(errors(), testing::ElementsAre(fmt::format("passed over 12 bytes at byte {} that are no object",
+                                                           static_cast<std::size_t>(second) + junk)));
+}
+
+// A window lives also while a file gives no object.
+TEST_F(BlfLongLogMemory, PulsesComeWhileNothingDoes)
+{
+    constexpr std::size_t size = 20'000'000;
+    constexpr std::size_t block = 256 * 1024;
+    const BlfBytes emptyBlock{0x00, 0x00, 0x00, 0xFF, 0xFF};
+    BlfBytes nothing{0x78, 0x9C};
+    BlfByteWriter(nothing).raw(repeated(emptyBlock, size));
+    const auto packed = [&](std::uint32_t stated) {
+        BlfTestWriter writer;
+        return writer.addTopLevel(blfContainer(nothing, {.method = std::uint16_t{2}, .uncompressedSize = stated}))
+            .file();
+    };
+    const auto plain = [](const BlfBytes &bytes) {
+        BlfTestWriter writer;
+        return writer.addTopLevel(bytes).file();
+    };
+    for (const BlfBytes &file :
+         {packed(1000), packed(0), plain(repeated(blfContainer({}), size)), plain(BlfBytes(size, 'L'))}) {
+        std::size_t pulses = 0;
+        reader.setPulse([&] { ++pulses; });
+        EXPECT_TRUE(objectsOf(file).empty());
+        EXPECT_GE(pulses, size / block);
     }
 }
 
