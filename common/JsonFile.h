@@ -7,7 +7,7 @@ class QString;
 namespace Common {
 
 /// Replaces a file by an object's indented text, as replaceFile() does. Does not make the folder. Any thread.
-/// @return false where that failed, which is logged as an error; what was there is there still
+/// @return false where that failed, which is logged as an error; replaceFile() tells what is left then
 bool saveJsonFile(const QString &path, const QJsonObject &root);
 
 } // namespace Common

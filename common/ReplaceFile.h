@@ -10,7 +10,7 @@ enum class ReplaceFileResult
 {
     Replaced,
     NotOpened,
-    NotWritten, ///< the disk is full, say; what was there is there still
+    NotWritten, ///< the disk is full, say; what was there is there still, unless it had to be written directly
 };
 
 /// Writes a file as a whole: what was there stays until all is written, unless the folder takes no new file; then a

@@ -116,7 +116,7 @@ void readSignals(QStringView text, DbcMessage &message, DbcFile &file, DbcShared
     }
     if (message.signals.empty()) {
         Common::logWarning("Parse signals exception for message({}, {}): {}", LogText(message.name), numberOf(message),
-                           LogText(text));
+                           LogText::whole(text));
     }
 }
 

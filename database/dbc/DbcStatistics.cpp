@@ -47,11 +47,11 @@ void log(const DbcFile &file, const QString &path)
     if (!Common::shouldLogLevel(Common::LogLevel::debug))
         return;
     Common::logDebug("DBC Parsing Statistics:");
-    Common::logDebug("- File: {}", LogText(path));
+    Common::logDebug("- File: {}", LogText::whole(path));
     Common::logDebug("- Version: {}", LogText(file.version));
     Common::logDebug("- Nodes: {}", file.nodes.size());
     if (!file.nodes.empty())
-        Common::logDebug("  Node names: {}", LogText(sortedNodeNames(file)));
+        Common::logDebug("  Node names: {}", LogText::whole(sortedNodeNames(file)));
     Common::logDebug("- Messages: {}", file.messages.size());
     Common::logDebug("  * Multiplexed Messages: {}", countMessages(file, isMultiplexed));
     Common::logDebug("  * J1939 Messages: {}",

@@ -21,16 +21,25 @@ struct LogText
         : text(textToLog)
     {
     }
+    /// Shown to its end, however long: for what a file brings once, so that its lines together are no longer than it
+    /// is.
+    static LogText whole(QStringView textToLog)
+    {
+        LogText result(textToLog);
+        result.most = textToLog.size();
+        return result;
+    }
 
     QByteArray toUtf8() const
     {
-        if (text.size() <= longest)
+        if (text.size() <= most)
             return text.toUtf8();
-        const bool splitsPair = text[longest - 1].isHighSurrogate();
-        return text.left(splitsPair ? longest - 1 : longest).toUtf8() + "...";
+        const bool splitsPair = text[most - 1].isHighSurrogate();
+        return text.left(splitsPair ? most - 1 : most).toUtf8() + "...";
     }
 
     QStringView text;
+    qsizetype most = longest;
 };
 
 } // namespace Common

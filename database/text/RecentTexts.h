@@ -7,6 +7,7 @@
 #include <QStringView>
 
 #include <array>
+#include <utility>
 
 namespace Common {
 
@@ -24,8 +25,9 @@ public:
     {
         Entry &entry = m_entries[hashOfText(text) % m_entries.size()];
         if (entry.text != text) {
-            entry.text = text.toString();
-            entry.value = make(entry.text);
+            QString kept = text.toString();
+            entry.value = make(std::as_const(kept));
+            entry.text = std::move(kept); // last: where make() throws, the entry must not pass for this text's
         }
         return entry.value;
     }

@@ -45,6 +45,19 @@ TEST_F(DbcFiles, WithoutNodesNoNamesAreCounted)
     EXPECT_EQ(log.countContaining(debug, "Node names"), 0U);
 }
 
+TEST_F(DbcFiles, AllNodeNamesAreToldHoweverMany)
+{
+    QByteArray nodes;
+    std::string names;
+    for (int number = 1000; number < 1300; ++number) {
+        const std::string name = "Ecu" + std::to_string(number);
+        nodes += ' ' + QByteArray::fromStdString(name);
+        names += (names.empty() ? "" : ", ") + name;
+    }
+    ASSERT_TRUE(parseBytes("NS_ :\nBS_:\nBU_:" + nodes + "\nBO_ 1 A: 8 Vector__XXX\n\n"));
+    EXPECT_TRUE(log.has(debug, "  Node names: " + names));
+}
+
 TEST_F(DbcFiles, AFileThatCannotBeOpenedFails)
 {
     log.clear();

@@ -146,6 +146,13 @@ TEST_F(DbcMessages, AnExtendedOneWithoutSignalsIsLoggedByItsWrittenNumber)
     EXPECT_TRUE(log.has(warning, "Parse signals exception for message(Ext, 2147484672): \n\n"));
 }
 
+TEST_F(DbcMessages, ATextWithoutSignalsIsToldWhole)
+{
+    const std::string text = " " + std::string(3000, 'x') + '\n';
+    ASSERT_TRUE(parse("BO_ 1 A: 8 Ecu\n" + QByteArray::fromStdString(text) + "\n"));
+    EXPECT_EQ(log.countContaining(warning, text), 1U);
+}
+
 TEST_F(DbcMessages, ASignalNameRepeatedInALaterMessageOfTheSameNumberIsLogged)
 {
     ASSERT_TRUE(parse("BO_ 1 A: 8 Ecu\n SG_ S : 0|8@1+ (1,0) [0|1] \"\" Ecu\n\n"

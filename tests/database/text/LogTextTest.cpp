@@ -39,6 +39,12 @@ TEST(LogText, IsCutBeyondItsLimit)
     EXPECT_EQ(shown(letters(1'000'000)), '<' + letters(LogText::longest).toStdString() + "...>");
 }
 
+TEST(LogText, IsWholeWhereAskedFor)
+{
+    const QString text = letters(LogText::longest * 3);
+    EXPECT_EQ(fmt::format("<{}>", LogText::whole(text)), '<' + text.toStdString() + '>');
+}
+
 TEST(LogText, IsNotCutWithinAPairOfSurrogates)
 {
     const QString text = letters(LogText::longest - 1) + QString::fromUtf8("\xF0\x9F\x9A\x97") + letters(5);

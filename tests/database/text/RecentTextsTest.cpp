@@ -6,6 +6,7 @@
 #include <QStringList>
 
 #include <functional>
+#include <new>
 
 TEST(RecentTexts, EqualTextsShareTheirMemory)
 {
@@ -47,4 +48,12 @@ TEST(RecentTexts, ManyTextsComeOutAsTheyWentIn)
             ASSERT_EQ(texts.valueOf(text, std::identity()), text);
         }
     }
+}
+
+TEST(RecentTexts, ATextWhoseValueCannotBeMadeIsAskedAnew)
+{
+    Common::RecentTexts<QString> texts;
+    const auto fails = [](const QString &) -> QString { throw std::bad_alloc(); };
+    EXPECT_THROW(texts.valueOf(u"km/h", fails), std::bad_alloc);
+    EXPECT_EQ(texts.valueOf(u"km/h", std::identity()), QStringLiteral("km/h"));
 }
