@@ -100,6 +100,7 @@ void BLFParser::setPulse(std::function<void()> pulse)
 
 bool BLFParser::parseFile(const QString &path, BlfFrames &outFrames)
 {
+    m_hasReadAll = false;
     if (path.isEmpty() || !QFileInfo::exists(path)) {
         Common::logError("File path is empty or file doesn't exist: {}", path.toStdString());
         return false;
@@ -115,6 +116,7 @@ bool BLFParser::parseFile(const QString &path, BlfFrames &outFrames)
         Common::logError("Not enough memory for all of {}: {} objects were read, the rest was not", path.toStdString(),
                          count);
     }
+    m_hasReadAll = !budget.isUsedUp() && !reader.isDamaged();
     Common::logInfo("Parsed {} objects from BLF file", count);
     reader.close();
     return count > 0;

@@ -38,6 +38,8 @@ public:
     /// stay.
     /// @return whether there was at least one; a missing or unreadable file is logged as an error
     bool parseFile(const QString &path, BlfFrames &outFrames);
+    /// Whether the last parseFile() came through the whole file without finding damage.
+    bool hasReadAll() const { return m_hasReadAll; }
 
 Q_SIGNALS:
     /// For each record, with its text, before it is appended. Texts are made only while somebody is connected to one of
@@ -53,6 +55,7 @@ private:
 
     std::function<void()> m_pulse;
     std::uint64_t m_memoryBudget = BlfMemoryBudget::ofThisMachine();
+    bool m_hasReadAll = false;
 };
 
 } // namespace BLF

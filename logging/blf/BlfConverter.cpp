@@ -66,6 +66,8 @@ bool BlfConverter::parseAndSave(const BlfConversionJob &job)
         tell(tr("Failed to parse BLF file"), true);
         return false;
     }
+    if (!m_parser->hasReadAll())
+        tell(tr("Not all of the file could be read: the program's log tells what is missing"), true);
     tell(tr("Parsing complete, read %1 frames").arg(frames.size()));
     const QString format = BlfConversionJob::formatName(job.format);
     tell(tr("Starting conversion to %1 format...").arg(format));

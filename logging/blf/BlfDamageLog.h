@@ -33,6 +33,8 @@ public:
     /// Tells of bytes that were passed over.
     /// @param data  what its position counts in, to be put behind that; empty for the file
     void tellGap(const BlfGap &gap, std::string_view data);
+    /// How often something was told.
+    std::uint64_t count() const noexcept { return m_count; }
 
 private:
     const std::string m_path; // UTF-8

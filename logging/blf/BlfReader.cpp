@@ -45,6 +45,11 @@ void BlfReader::skip()
         m_stream->pass();
 }
 
+bool BlfReader::isDamaged() const noexcept
+{
+    return m_stream && m_stream->isDamaged();
+}
+
 void BlfReader::close()
 {
     m_stream.reset();

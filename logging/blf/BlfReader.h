@@ -45,6 +45,8 @@ public:
     void release() noexcept;
     /// Passes over the object of the last peek().
     void skip();
+    /// Whether something of what was passed so far could not be read; false without a file.
+    bool isDamaged() const noexcept;
     void close();
 
 private:

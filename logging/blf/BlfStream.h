@@ -24,6 +24,8 @@ public:
     void release() noexcept;
     /// Tells that the object taken is malformed.
     void tellRefused();
+    /// Whether something of what was passed so far could not be read.
+    bool isDamaged() const noexcept { return m_damage.count() > 0; }
 
 private:
     bool findObject();

@@ -114,6 +114,28 @@ TEST_F(BlfConversion, APercentSignInAPathStaysWhatItIs)
     EXPECT_TRUE(QFileInfo(job.outputPath).isFile());
 }
 
+TEST_F(BlfConversion, TellsThatALogIsDamaged)
+{
+    makeLog(3);
+    QFile file(job.inputPath);
+    ASSERT_TRUE(file.resize(file.size() - 20));
+    EXPECT_EQ(convert(), Result::Succeeded);
+    ASSERT_EQ(reports.size(), 5U);
+    EXPECT_EQ(reports[1], "!Not all of the file could be read: the program's log tells what is missing");
+    EXPECT_EQ(reports[2], "Parsing complete, read 2 frames");
+    EXPECT_EQ(output().count('\n'), 3);
+}
+
+TEST_F(BlfConversion, TellsThatTheMemoryWasNotEnoughForAll)
+{
+    makeLog(3);
+    parser.setMemoryBudget(2 * (sizeof(BLF::BlfFrame) + 8));
+    EXPECT_EQ(convert(), Result::Succeeded);
+    ASSERT_EQ(reports.size(), 5U);
+    EXPECT_EQ(reports[1], "!Not all of the file could be read: the program's log tells what is missing");
+    EXPECT_EQ(reports[2], "Parsing complete, read 2 frames");
+}
+
 TEST_F(BlfConversion, AFileThatCannotBeParsedFails)
 {
     ASSERT_TRUE(tztest::saveBytes(job.inputPath, tztest::BlfBytes(200, 'x')));
