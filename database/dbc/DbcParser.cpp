@@ -34,10 +34,10 @@ bool DbcParser::parseFile(const QString &path, const QString &encoding)
     m_path.clear();
     m_file.clear();
     m_path = path;
-    logInfo("Loading DBC file: {}, encoding: {}", LogText(path), LogText(encoding));
+    logInfo("Loading DBC file: {}, encoding: {}", path.toStdString(), LogText(encoding));
     auto text = TextFile::read(path, encoding);
     if (!text) {
-        logError("Failed to open DBC file: {}", LogText(path));
+        logError("Failed to open DBC file: {}", path.toStdString());
         return false;
     }
     if (!parseSections(TextFile::prepare(std::move(*text)))) {
@@ -45,7 +45,7 @@ bool DbcParser::parseFile(const QString &path, const QString &encoding)
         return false;
     }
     printStatistics();
-    logInfo("Successfully parsed DBC file: {}", LogText(path));
+    logInfo("Successfully parsed DBC file: {}", path.toStdString());
     return true;
 }
 
@@ -87,7 +87,7 @@ bool DbcParser::parseMessages(const QString &text)
     m_texts = {};
     if (hasMessages)
         return true;
-    logError("Message not found in dbc file: {}", LogText(m_path));
+    logError("Message not found in dbc file: {}", m_path.toStdString());
     return false;
 }
 
