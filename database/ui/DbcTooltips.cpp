@@ -114,6 +114,6 @@ QString buildSignalTooltip(const DbcSignal &signal)
     addCoding(lines, signal);
     addReceivers(lines, signal);
     addDescriptions(lines, signal);
-    lines.addComment(shortComment(signal.comment));
+    lines.addComment(shortComment(signal.comment, QStringLiteral("...")));
     return Common::UiUtils::formatToHtml(signal.name, lines.html());
 }

@@ -103,6 +103,6 @@ QString buildSignalTooltip(const LdfSignal &signal)
     }
     if (signal.encoding)
         lines.addItems(Text::tr("Encoding Values:"), encodingItems(*signal.encoding), {});
-    lines.addComment(shortComment(signal.comment));
+    lines.addComment(shortComment(signal.comment, {}));
     return Common::UiUtils::formatToHtml(signal.name, lines.html());
 }

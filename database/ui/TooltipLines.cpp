@@ -35,10 +35,10 @@ void TooltipLines::addComment(const QString &comment)
                   QStringLiteral(" <span class='comment'>") + comment.toHtmlEscaped() + QStringLiteral("</span>"));
 }
 
-QString shortComment(const QString &comment)
+QString shortComment(const QString &comment, const QString &ending)
 {
     if (comment.size() <= shortCommentLength)
         return comment;
     const bool cutsPair = comment.at(shortCommentLength - 1).isHighSurrogate();
-    return comment.left(cutsPair ? shortCommentLength - 1 : shortCommentLength) + QStringLiteral("...");
+    return comment.left(cutsPair ? shortCommentLength - 1 : shortCommentLength) + ending;
 }

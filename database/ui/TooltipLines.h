@@ -24,5 +24,5 @@ private:
     QStringList m_html;
 };
 
-/// The first 100 characters, with "..." behind them when there are more.
-QString shortComment(const QString &comment);
+/// The first 100 characters, with @p ending behind them when there are more.
+QString shortComment(const QString &comment, const QString &ending);

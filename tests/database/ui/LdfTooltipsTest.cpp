@@ -108,18 +108,18 @@ TEST(LdfTooltips, ASignalWithEveryLine)
     signal.subscribers = QStringList{"A", "B"};
     signal.encoding = makeEncoding({{100, {0, 100, 0.5, -40.0, "degC"}}}, {{255, "invalid"}, {254, "init"}});
     signal.comment = QString(101, 'c');
-    EXPECT_EQ(tooltipBody(buildSignalTooltip(signal)),
-              expectedBody(
-                  "Signal",
-                  {"<span class='label'>Publisher:</span> Slave",
-                   "<span class='label'>Subscribers:</span><div class='indent'>A</div>\n"
-                   "<div class='indent'>B</div>",
-                   "<span class='label'>Encoding Values:</span>"
-                   "<div class='indent'>Raw: 0-100, Physical: -40-10 degC (factor: 0.5, offset: -40)</div>\n"
-                   "<div class='indent'>Value: 254 - init</div>\n<div class='indent'>Value: 255 - "
-                   "invalid</div>",
-                   ("<span class='label'>Comment:</span> <span class='comment'>" + std::string(100, 'c') + "...</span>")
-                       .c_str()}));
+    EXPECT_EQ(
+        tooltipBody(buildSignalTooltip(signal)),
+        expectedBody("Signal",
+                     {"<span class='label'>Publisher:</span> Slave",
+                      "<span class='label'>Subscribers:</span><div class='indent'>A</div>\n"
+                      "<div class='indent'>B</div>",
+                      "<span class='label'>Encoding Values:</span>"
+                      "<div class='indent'>Raw: 0-100, Physical: -40-10 degC (factor: 0.5, offset: -40)</div>\n"
+                      "<div class='indent'>Value: 254 - init</div>\n<div class='indent'>Value: 255 - "
+                      "invalid</div>",
+                      ("<span class='label'>Comment:</span> <span class='comment'>" + std::string(100, 'c') + "</span>")
+                          .c_str()}));
 }
 
 TEST(LdfTooltips, LimitsOfTheLists)
