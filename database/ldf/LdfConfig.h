@@ -12,7 +12,7 @@
 #include <map>
 #include <vector>
 
-/// All that is kept of one LIN description file. A plain value; copies share nothing that changes, but the texts'
+/// All that is kept of one LIN description file. A plain value; copies share only what never changes: the texts'
 /// buffers and the signals' encodings.
 struct LdfConfig
 {

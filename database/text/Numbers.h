@@ -32,7 +32,7 @@ struct SignedMagnitude
 std::optional<SignedMagnitude> readMagnitude(QStringView text, int base);
 } // namespace detail
 
-/// @return nothing where the text is no whole number of that base (10 or 16, for 16 with or without "0x"), or one
+/// @return nothing where the text is no whole number of that base (8, 10 or 16, for 16 with or without "0x"), or one
 ///         beyond the type
 template <typename Integer> std::optional<Integer> readInteger(QStringView text, int base = 10)
 {
