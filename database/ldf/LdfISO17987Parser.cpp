@@ -235,12 +235,12 @@ void LdfISO17987Parser::updateEventTriggeredFrame(LdfFrame &frame, const LdfEven
     takeCollisionDelay(frame, eventFrame);
 }
 
-double LdfISO17987Parser::responseTimeMs(const LdfFrame &frame) const
+double LdfISO17987Parser::responseTimeMs(const LdfFrame &frame)
 {
     if (isPublishedByMaster(frame))
         return 0.0;
     static const LdfNode unknown;
-    const LdfNode *slave = findSlave(frame.publisher);
+    const LdfNode *slave = publishingSlave(frame);
     const LdfNode &publisher = slave == nullptr ? unknown : *slave;
     return bitTimeMs() * frame.size * bitsPerByte + publisher.timeBase + publisher.jitter + publisher.p2Min;
 }

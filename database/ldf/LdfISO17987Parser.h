@@ -25,7 +25,7 @@ public:
     void printNodeSummary() override;
 
     /// Longest time from the header to the end of the response, in ms; 0 for a frame of the master.
-    double responseTimeMs(const LdfFrame &frame) const;
+    double responseTimeMs(const LdfFrame &frame);
     /// True once a schedule table of the file has been accepted, and the names of those that were.
     bool hasAcceptedTable() const noexcept { return m_tableAccepted; }
     const QStringList &acceptedTables() const noexcept { return m_acceptedTables; }

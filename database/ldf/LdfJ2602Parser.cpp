@@ -60,9 +60,9 @@ bool LdfJ2602Parser::parseProtocolConfig(const QString &attributesText, LdfNode 
     return true;
 }
 
-const LdfNode *LdfJ2602Parser::publisherOrError(const LdfFrame &frame) const
+const LdfNode *LdfJ2602Parser::publisherOrError(const LdfFrame &frame)
 {
-    const LdfNode *publisher = findSlave(frame.publisher);
+    const LdfNode *publisher = publishingSlave(frame);
     if (publisher == nullptr)
         logError("Publisher node '{}' not found for frame '{}'", LogText(frame.publisher), LogText(frame.name));
     return publisher;
@@ -149,7 +149,7 @@ bool LdfJ2602Parser::validateFrame(const LdfFrame &frame)
     return true;
 }
 
-void LdfJ2602Parser::checkFrameId(const LdfFrame &frame) const
+void LdfJ2602Parser::checkFrameId(const LdfFrame &frame)
 {
     struct Range
     {
@@ -210,11 +210,11 @@ void LdfJ2602Parser::updateEventTriggeredFrame(LdfFrame &frame, const LdfEventTr
     takeCollisionDelay(frame, eventFrame);
 }
 
-double LdfJ2602Parser::responseTimeMs(const LdfFrame &frame) const
+double LdfJ2602Parser::responseTimeMs(const LdfFrame &frame)
 {
     if (isPublishedByMaster(frame))
         return 0.0;
-    const LdfNode *publisher = findSlave(frame.publisher);
+    const LdfNode *publisher = publishingSlave(frame);
     const double stated = publisher == nullptr ? 0.0 : publisher->responseTolerance;
     const double tolerance = stated > 0.0 ? stated : LdfNodeDefault::responseTolerancePercent;
     const double nominal = frame.size * bitsPerByte * bitTimeMs() + nodeLatencyMs;

@@ -24,14 +24,14 @@ public:
     void printNodeSummary() override;
 
     /// Longest time from the header to the end of the response, in ms; 0 for a frame of the master.
-    double responseTimeMs(const LdfFrame &frame) const;
+    double responseTimeMs(const LdfFrame &frame);
 
 private:
-    const LdfNode *publisherOrError(const LdfFrame &frame) const;
+    const LdfNode *publisherOrError(const LdfFrame &frame);
     void checkNad(const LdfNode &node) const;
     bool checkConfigurableFrames(const LdfNode &node);
     bool checkResponseError(const LdfNode &node);
-    void checkFrameId(const LdfFrame &frame) const;
+    void checkFrameId(const LdfFrame &frame);
 };
 
 } // namespace Common

@@ -12,6 +12,7 @@ void LdfLookups::clear()
     m_subscriptions.reset();
     m_longestDelays.reset();
     m_askedTables.clear();
+    m_askedPublishers.clear();
 }
 
 const LdfSignal *LdfLookups::frameSignal(const QString &name)
@@ -100,13 +101,26 @@ std::optional<double> LdfLookups::longestDelay(const QString &tableName)
     // Asked for every member in every slot of an event-triggered frame, always with that frame's own text.
     const auto asked = m_askedTables.find(tableName.constData());
     if (asked != m_askedTables.end())
-        return asked->second.longestDelay;
+        return asked->second.answer;
     if (!m_longestDelays)
         gatherDelays();
     const auto delay = m_longestDelays->find(tableName);
     const auto longest = delay == m_longestDelays->end() ? std::nullopt : std::optional(delay->second);
-    m_askedTables.emplace(tableName.constData(), AskedTable{tableName, longest});
+    m_askedTables.emplace(tableName.constData(), Asked<std::optional<double>>{tableName, longest});
     return longest;
+}
+
+LdfLookups::Publisher LdfLookups::publisherOf(const LdfFrame &frame)
+{
+    // Asked several times in every slot of the frame, always with the frame's own text.
+    const QString &name = frame.publisher;
+    const auto asked = m_askedPublishers.find(name.constData());
+    if (asked != m_askedPublishers.end())
+        return asked->second.answer;
+    const auto slave = m_config.slaves.find(name);
+    const Publisher publisher{name == m_config.master.name, slave == m_config.slaves.end() ? nullptr : &slave->second};
+    m_askedPublishers.emplace(name.constData(), Asked<Publisher>{name, publisher});
+    return publisher;
 }
 
 } // namespace Common

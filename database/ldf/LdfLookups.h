@@ -21,6 +21,12 @@ public:
     /// Signals by numbers of their own, ascending; names may be long, and would be compared again and again.
     using SignalNumbers = std::vector<std::size_t>;
 
+    struct Publisher
+    {
+        bool isMaster = false;
+        const LdfNode *slave = nullptr; ///< null where no slave has that name
+    };
+
     /// @p config must outlive this object.
     explicit LdfLookups(const LdfConfig &config)
         : m_config(config)
@@ -39,13 +45,17 @@ public:
     /// The longest delay of the first schedule table of that name; 0 when it is empty, nothing when there is none. The
     /// same text object asked again costs the same however long it is.
     std::optional<double> longestDelay(const QString &tableName);
+    /// Who publishes a frame. Asked again for the same frame, it costs the same however long the names of the nodes
+    /// are.
+    Publisher publisherOf(const LdfFrame &frame);
 
 private:
-    struct AskedTable
+    template <typename Answer> struct Asked
     {
         QString name; // kept, so that its buffer stays its own
-        std::optional<double> longestDelay;
+        Answer answer;
     };
+    template <typename Answer> using AskedNames = std::unordered_map<const QChar *, Asked<Answer>>; // by their buffers
 
     struct Subscriptions
     {
@@ -62,7 +72,8 @@ private:
     std::optional<TextSet> m_configurableFrames;
     std::optional<Subscriptions> m_subscriptions;
     std::optional<TextMap<double>> m_longestDelays;
-    std::unordered_map<const QChar *, AskedTable> m_askedTables; // by the name's buffer
+    AskedNames<std::optional<double>> m_askedTables;
+    AskedNames<Publisher> m_askedPublishers;
 };
 
 } // namespace Common

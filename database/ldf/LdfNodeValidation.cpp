@@ -3,8 +3,10 @@
 
 #include "common/Log.h"
 #include "database/ldf/LdfParser.h"
+#include "database/text/KeyedHash.h"
 #include "database/text/LogText.h"
 
+#include <cstdint>
 #include <unordered_set>
 
 namespace Common {
@@ -41,9 +43,9 @@ bool validateLdfNodes(const LdfReading &reading)
             return false;
         }
     }
-    std::unordered_set<std::int32_t> nads;
+    std::unordered_set<std::uint32_t, NumberHash> nads;
     for (const auto &[name, slave] : reading.config.slaves) {
-        if (!nads.insert(slave.configuredNad).second)
+        if (!nads.insert(static_cast<std::uint32_t>(slave.configuredNad)).second)
             logWarning("Duplicate NAD 0x{:02X} found for node {}", slave.configuredNad, LogText(name));
     }
     return true;

@@ -71,12 +71,12 @@ LdfParser *LdfParser::createParser(const QString &path, const QString &encoding,
 {
     std::optional<QString> text = TextFile::read(path, encoding);
     if (!text) {
-        logError("Failed to open file: {}", LogText(path));
+        logError("Failed to open file: {}", path.toStdString());
         return nullptr;
     }
     const LdfProtocolVersion version = detectLdfProtocolVersion(TextFile::prepare(*std::move(text)));
     if (version == LdfProtocolVersion::unknown) {
-        logError("LDF protocol version not detected: {}", LogText(path));
+        logError("LDF protocol version not detected: {}", path.toStdString());
         return nullptr;
     }
     if (isJ2602(version))
@@ -100,17 +100,17 @@ bool LdfParser::parseFile(const QString &path, const QString &encoding)
     clear();
     forgetFile();
     m_filePath = path;
-    logInfo("Load LDF file: {}, {}", LogText(path), LogText(encoding));
+    logInfo("Load LDF file: {}, {}", path.toStdString(), LogText(encoding));
     std::optional<QString> raw = TextFile::read(path, encoding);
     if (!raw) {
-        logError("Failed to open LDF file: {}", LogText(path));
+        logError("Failed to open LDF file: {}", path.toStdString());
         return false;
     }
     warnOfUnknownCodec(encoding);
     const QString text = TextFile::prepare(*std::move(raw));
     if (!readHeader(text) || !readSections(text))
         return false;
-    logInfo("LDF file parsed successfully: {}", LogText(path));
+    logInfo("LDF file parsed successfully: {}", path.toStdString());
     return true;
 }
 
@@ -215,12 +215,6 @@ bool LdfParser::checkProductId(const LdfNode &node, std::int32_t functionMaximum
         logWarning("Node {} has variant ID 0x{:02X} exceeding recommended maximum 0x{:02X}", LogText(node.name),
                    node.variantId, maximumVariantId);
     return true;
-}
-
-const LdfNode *LdfParser::findSlave(const QString &name) const
-{
-    const auto slave = m_config.slaves.find(name);
-    return slave == m_config.slaves.end() ? nullptr : &slave->second;
 }
 
 double LdfParser::bitTimeMs() const noexcept

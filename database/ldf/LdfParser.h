@@ -69,9 +69,9 @@ protected:
     /// Warns of parts of the product identifier beyond what is recommended; always true.
     static bool checkProductId(const LdfNode &node, std::int32_t functionMaximum);
 
-    bool isPublishedByMaster(const LdfFrame &frame) const { return frame.publisher == m_config.master.name; }
-    /// The slave of that name, or null.
-    const LdfNode *findSlave(const QString &name) const;
+    bool isPublishedByMaster(const LdfFrame &frame) { return m_lookups.publisherOf(frame).isMaster; }
+    /// The slave that publishes the frame, or null.
+    const LdfNode *publishingSlave(const LdfFrame &frame) { return m_lookups.publisherOf(frame).slave; }
     LdfLookups &lookups() noexcept { return m_lookups; }
     /// Time of one bit on the bus, in ms; 0 for a bus without speed.
     double bitTimeMs() const noexcept;

@@ -184,16 +184,21 @@ private:
 
     bool updateMembers(const LdfEventTriggeredFrame &event)
     {
-        for (LdfFrame *member : membersOf(event))
+        const std::size_t updatesBefore = m_reading.rules.eventUpdates();
+        Members &members = membersOf(event);
+        for (LdfFrame *member : members)
             m_reading.rules.updateEventTriggeredFrame(*member, event);
+        if (m_reading.rules.eventUpdates() == updatesBefore)
+            members.clear(); // no rule takes part, so nobody need be asked for any further slot
         if (m_reading.rules.eventUpdates() <= memberUpdatesAllowed)
             return true;
         logError("Too many slots for event triggered frame {}", LogText(event.name));
         return false;
     }
 
-    // The frames that the event lists, each once; looked up for the first slot only.
-    const Members &membersOf(const LdfEventTriggeredFrame &event)
+    // The frames that the event lists, each once; looked up for the first slot only. Empty where no rule updates
+    // them.
+    Members &membersOf(const LdfEventTriggeredFrame &event)
     {
         const auto [members, isNew] = m_members.try_emplace(&event);
         if (!isNew)
@@ -211,23 +216,8 @@ private:
     std::unordered_map<const LdfEventTriggeredFrame *, Members> m_members;
 };
 
-} // namespace
-
-bool readLdfSchedules(const QString &text, const LdfReading &reading)
-{
-    const auto section = findLdfSection(text, u"Schedule_tables");
-    if (!section) {
-        logError("Schedule tables section not found in LDF file");
-        return false;
-    }
-    for (const TableText &table : splitTables(*section)) {
-        if (!readTable(table, reading))
-            return false;
-    }
-    return applyLdfSchedules(reading);
-}
-
-bool applyLdfSchedules(const LdfReading &reading)
+// Takes the tables' delays over to the frames and checks the tables.
+bool applySchedules(const LdfReading &reading)
 {
     SlotReader slotReader(reading);
     for (const LdfScheduleTable &table : reading.config.scheduleTables) {
@@ -247,6 +237,22 @@ bool applyLdfSchedules(const LdfReading &reading)
             return false;
     }
     return true;
+}
+
+} // namespace
+
+bool readLdfSchedules(const QString &text, const LdfReading &reading)
+{
+    const auto section = findLdfSection(text, u"Schedule_tables");
+    if (!section) {
+        logError("Schedule tables section not found in LDF file");
+        return false;
+    }
+    for (const TableText &table : splitTables(*section)) {
+        if (!readTable(table, reading))
+            return false;
+    }
+    return applySchedules(reading);
 }
 
 } // namespace Common

@@ -50,8 +50,6 @@ bool readLdfEventTriggeredFrames(const QString &text, const LdfReading &reading)
 bool readLdfFrameSignals(QStringView block, LdfFrame &frame, const LdfReading &reading);
 
 bool readLdfSchedules(const QString &text, const LdfReading &reading);
-/// Takes the tables' delays over to the frames and checks the tables.
-bool applyLdfSchedules(const LdfReading &reading);
 
 bool validateLdfNodes(const LdfReading &reading);
 void printLdfSummary(const LdfReading &reading);

@@ -39,7 +39,11 @@ TEST(LdfIso17987, TimingOutOfRangeIsLoggedAndKept)
     const auto config = loadLdf(isoSource("P2_min = 150 ms; ST_min = 101 ms; N_As_timeout = 0 ms; "
                                           "N_Cr_timeout = 360000.5 ms;"));
     ASSERT_TRUE(config);
-    EXPECT_EQ(config->slaves.at(QStringLiteral("Slave1")).p2Min, 150.0);
+    const LdfNode &slave = config->slaves.at(QStringLiteral("Slave1"));
+    EXPECT_EQ(slave.p2Min, 150.0);
+    EXPECT_EQ(slave.stMin, 101.0);
+    EXPECT_EQ(slave.nAsTimeout, 0.0);
+    EXPECT_EQ(slave.nCrTimeout, 360'000.5);
     EXPECT_TRUE(log.has(2, "ISO17987 node Slave1 P2_min 150.0 ms out of range [0.0, 100.0], using default (50.0 ms)"));
     EXPECT_TRUE(log.has(2, "ISO17987 node Slave1 ST_min 101.0 ms out of range [0.0, 100.0], using default (0.0 ms)"));
     EXPECT_TRUE(
