@@ -155,6 +155,10 @@ void LogJudge::judge(const Line &line)
             ++m_explained[compiled.rule->name];
             return;
         }
+        if (compiled.rule->oneUnseenIn.count() > 0) {
+            ++m_unseen[compiled.rule->name];
+            return;
+        }
     }
     if (m_unexplained.size() < mostKept)
         m_unexplained.push_back(line.text);

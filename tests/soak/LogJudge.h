@@ -40,6 +40,8 @@ public:
     void readAll();
 
     const std::vector<std::string> &unexplained() const { return m_unexplained; }
+    /// Number of the lines without a cause that may come all the same, by what they tell.
+    const std::map<std::string, std::uint64_t> &unseen() const { return m_unseen; }
     /// Number of the lines explained, by what they tell.
     const std::map<std::string, std::uint64_t> &explained() const { return m_explained; }
     std::uint64_t lostDatagrams(int box) const { return m_lostDatagrams[static_cast<std::size_t>(box)]; }
@@ -76,6 +78,7 @@ private:
     std::vector<Clock::time_point> m_timeouts;
     std::vector<std::string> m_unexplained;
     std::map<std::string, std::uint64_t> m_explained;
+    std::map<std::string, std::uint64_t> m_unseen;
     std::array<std::uint64_t, boxCount> m_lostDatagrams{};
 };
 

@@ -140,8 +140,17 @@ TEST_F(SoakLogJudge, TheDrainCatchesUpAfterAnyPileUp)
         warn(at, drainText);
     EXPECT_TRUE(unexplained().empty());
     EXPECT_EQ(judge.explained().at("drain catches up"), 3U);
-    warn(15s, drainText);
-    EXPECT_EQ(unexplained().size(), 1U);
+    EXPECT_TRUE(judge.unseen().empty());
+}
+
+TEST_F(SoakLogJudge, ADrainThatCatchesUpWithoutACauseIsCountedApart)
+{
+    note(Cause::Stall, LogJudge::anyBox, 0ms, 9ms);
+    warn(5s, drainText);
+    warn(6s, viewText); // for others there is no such leave
+    EXPECT_THAT(unexplained(), testing::ElementsAre(viewText));
+    EXPECT_EQ(judge.unseen().at("drain catches up"), 1U);
+    EXPECT_EQ(judge.unseen().size(), 1U);
 }
 
 TEST_F(SoakLogJudge, ALateReplyIsWaitedForLonger)

@@ -163,6 +163,15 @@ void SoakRun::judgeLog()
                        number(m_faults.played(static_cast<Cause>(cause))));
     for (const auto &[name, count] : m_judge.explained())
         m_verdict.tell("explained: " + name, number(count));
+    for (const LogRule &rule : logRules()) {
+        if (rule.oneUnseenIn.count() == 0)
+            continue;
+        const auto found = m_judge.unseen().find(rule.name);
+        const std::uint64_t count = found == m_judge.unseen().end() ? 0 : found->second;
+        const auto most = static_cast<std::uint64_t>(1 + m_options.duration / rule.oneUnseenIn);
+        m_verdict.judge(fmt::format("{}, no cause seen", rule.name), count <= most, number(count),
+                        fmt::format("{} at most", most));
+    }
     const auto &lines = m_judge.unexplained();
     m_verdict.judge("warnings and errors that no fault explains", lines.empty(), number(lines.size()), "0");
     for (std::size_t i = 0; i < std::min(lines.size(), mostLinesTold); ++i)
