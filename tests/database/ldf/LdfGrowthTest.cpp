@@ -305,7 +305,7 @@ TEST_F(LdfGrowth, LongPublisherNameInManySlots)
             source.attributes = LdfSource::slaveAttributes(qPrintable(name + u'A'), "1", "Error1") +
                                 LdfSource::slaveAttributes(qPrintable(name + u'B'), "2", "Error1");
             source.frames = QStringLiteral("F: 0x21, %1B, 1 {\nError1, 0;\n}").arg(name);
-            source.schedules = QStringLiteral("T {\n%1}").arg(repeated("F delay 1ms;", size / 3));
+            source.schedules = QStringLiteral("T {\n%1\n}").arg(repeated("F delay 1ms;", size / 3));
             return source;
         });
     }
