@@ -20,6 +20,7 @@
 #include <QLineEdit>
 
 #include <algorithm>
+#include <malloc.h>
 #include <vector>
 
 namespace tztest {
@@ -113,7 +114,7 @@ protected:
 
     PlugUnplug()
     {
-        Common::platform::keepMemoryLevel(); // as in the program
+        Common::platform::keepMemoryLevel();                    // as in the program
         Common::logInit(logFile, Common::LogLevel::info, 1, 2); // as in the program: nobody waits for a console
         Common::logStart(false);
         for (tzsim::Box *box : app.simulator.boxes()) {
