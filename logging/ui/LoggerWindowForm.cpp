@@ -22,7 +22,7 @@ namespace {
 
 constexpr QSize windowSize{640, 480};
 constexpr QMargins groupMargins{9, 5, 9, 5}; // tight: the whole preview has to show
-constexpr int previewFontSize = 8;                                                              // points
+constexpr int previewFontSize = 8;           // points
 constexpr auto previewStyle = "QScrollArea { border: 1px solid #cccccc; border-radius: 3px; }"; // like a text field
 constexpr Qt::WindowFlags flagsWithoutMaximize = Qt::Window | Qt::WindowTitleHint | Qt::WindowSystemMenuHint |
                                                  Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint;
