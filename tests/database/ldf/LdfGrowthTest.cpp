@@ -22,7 +22,10 @@ namespace {
 
 constexpr int megabyte = 1'000'000;
 constexpr double patienceSeconds = 10.0; // for a megabyte
-constexpr double growthAllowed = 1.2;    // times that of the file
+
+// Times that of the file. A quadratic reader has 4 or 10 here; the rest is left to the machine's unrest, to caches that
+// hold the small file alone, and to programs that press on them. How near to linear a reader is, the benchmarks tell.
+constexpr double growthAllowed = 2.0;
 
 double secondsToLoad(const QByteArray &bytes, int runs)
 {
@@ -88,8 +91,7 @@ protected:
         const QByteArray large = make(megabyte).text().toUtf8();
         const double seconds = secondsToLoad(large, 1);
         EXPECT_LT(seconds, patienceSeconds);
-        // 4 were quadratic; the rest is the machine's unrest.
-        EXPECT_LT(growth(secondsToLoad(small, 2), small, seconds, large), 2.0);
+        EXPECT_LT(growth(secondsToLoad(small, 2), small, seconds, large), growthAllowed);
     }
 
 private:
@@ -117,17 +119,8 @@ TEST_F(LdfGrowth, OfAnOrdinaryFileIsThatOfItsSize)
 {
     const QByteArray small = withFrames(1'000).text().toUtf8();
     const QByteArray large = withFrames(10'000).text().toUtf8();
-    double smallSeconds = std::numeric_limits<double>::max();
-    double largeSeconds = std::numeric_limits<double>::max();
-    // Other programs that press on the caches slow down the large file more; a reader that is not linear never gets
-    // through.
-    for (int attempt = 0; attempt < 10; ++attempt) {
-        smallSeconds = std::min(smallSeconds, secondsToLoad(small, 3));
-        largeSeconds = std::min(largeSeconds, secondsToLoad(large, 1));
-        if (growth(smallSeconds, small, largeSeconds, large) < growthAllowed)
-            return;
-    }
-    EXPECT_LT(growth(smallSeconds, small, largeSeconds, large), growthAllowed);
+    const double smallSeconds = secondsToLoad(small, 10);
+    EXPECT_LT(growth(smallSeconds, small, secondsToLoad(large, 3), large), growthAllowed);
 }
 
 TEST_F(LdfGrowth, OneEncodingForTheSameSignalAgainAndAgain)
