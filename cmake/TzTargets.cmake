@@ -26,10 +26,20 @@ function(tz_common_settings target)
     endif()
 endfunction()
 
+# Tests are compiled more often than they run, and what they run is in the libraries.
+function(tz_test_settings target)
+    tz_common_settings(${target})
+    target_compile_options(${target} PRIVATE -O0)
+endfunction()
+
 # tz_target(<target> CORE|WIDGETS|TEST|PLAIN): finishes a target made by add_library or add_executable.
 # CORE sees Qt Core alone, WIDGETS the widgets, TEST adds the test libraries, PLAIN brings no precompiled header.
 function(tz_target target kind)
-    tz_common_settings(${target})
+    if(kind STREQUAL "TEST")
+        tz_test_settings(${target})
+    else()
+        tz_common_settings(${target})
+    endif()
     target_include_directories(${target} PUBLIC ${PROJECT_SOURCE_DIR})
     set_target_properties(${target} PROPERTIES AUTOMOC ON AUTOUIC ON AUTOUIC_SEARCH_PATHS "${CMAKE_CURRENT_SOURCE_DIR}")
     if(kind STREQUAL "CORE")
@@ -41,21 +51,20 @@ function(tz_target target kind)
     elseif(kind STREQUAL "TEST")
         target_link_libraries(${target} PRIVATE tz_pch_test_deps)
         target_precompile_headers(${target} REUSE_FROM tz_pch_test)
-        if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-            # GCC 12, optimising, takes the growth of short vectors and strings, which tests make by the dozen, for overruns.
-            target_compile_options(${target} PRIVATE
-                -Wno-array-bounds -Wno-restrict -Wno-stringop-overread -Wno-stringop-overflow)
-        endif()
     elseif(NOT kind STREQUAL "PLAIN")
         message(FATAL_ERROR "tz_target: unknown kind ${kind}")
     endif()
 endfunction()
 
-# tz_add_gtest(<name> SOURCES ... LIBS ... [LABELS ...] [TIMEOUT s]): one GoogleTest program, run offscreen.
+# tz_add_gtest(<name> SOURCES ... LIBS ... [LABELS ...] [TIMEOUT s] [MOC]): one GoogleTest program, run offscreen; MOC where
+# one of its sources has Q_OBJECT.
 function(tz_add_gtest name)
-    cmake_parse_arguments(ARG "" "TIMEOUT" "SOURCES;LIBS;LABELS" ${ARGN})
+    cmake_parse_arguments(ARG "MOC" "TIMEOUT" "SOURCES;LIBS;LABELS" ${ARGN})
     add_executable(${name} ${ARG_SOURCES})
     tz_target(${name} TEST)
+    if(NOT ARG_MOC)
+        set_target_properties(${name} PROPERTIES AUTOMOC OFF AUTOUIC OFF)
+    endif()
     target_link_libraries(${name} PRIVATE tz_test_main ${ARG_LIBS})
     tz_register_test(${name} "${ARG_TIMEOUT}" "${ARG_LABELS}")
 endfunction()

@@ -6,6 +6,7 @@
 #include "tests/support/LogCapture.h"
 #include "tests/support/ProcessFigures.h"
 #include "tests/support/QuietLog.h"
+#include "tests/support/ThreadSeconds.h"
 
 #include <QByteArray>
 #include <QString>
@@ -31,9 +32,9 @@ double secondsToLoad(const QByteArray &bytes, int runs)
 {
     double best = std::numeric_limits<double>::max();
     for (int run = 0; run < runs; ++run) {
-        const double start = threadSeconds();
+        const double start = tztest::threadSeconds();
         EXPECT_TRUE(loadLdfBytes(bytes));
-        best = std::min(best, threadSeconds() - start);
+        best = std::min(best, tztest::threadSeconds() - start);
     }
     return best;
 }

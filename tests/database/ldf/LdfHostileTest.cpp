@@ -3,6 +3,7 @@
 #include "tests/database/ldf/LdfSource.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/QuietLog.h"
+#include "tests/support/ThreadSeconds.h"
 
 #include <QFile>
 
@@ -15,9 +16,9 @@ constexpr double patienceSeconds = 10.0;
 /// Loads and tells whether the file was taken; hanging fails the test.
 bool loadsInTime(const QByteArray &bytes)
 {
-    const double start = threadSeconds();
+    const double start = tztest::threadSeconds();
     const bool isTaken = loadLdfBytes(bytes).has_value();
-    EXPECT_LT(threadSeconds() - start, patienceSeconds);
+    EXPECT_LT(tztest::threadSeconds() - start, patienceSeconds);
     return isTaken;
 }
 

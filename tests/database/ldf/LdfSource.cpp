@@ -5,7 +5,6 @@
 
 #include <QTemporaryFile>
 
-#include <time.h>
 
 #include <stdexcept>
 
@@ -44,13 +43,6 @@ QString LdfSource::text() const
            section("Diagnostic_frames", diagnosticFrames) + section("Node_attributes", attributes) +
            section("Schedule_tables", schedules) + section("Signal_encoding_types", encodings) +
            section("Signal_representation", representations);
-}
-
-double threadSeconds()
-{
-    timespec time{};
-    ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
 }
 
 std::optional<LdfConfig> loadLdfBytes(const QByteArray &bytes, const QString &encoding)

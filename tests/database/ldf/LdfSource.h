@@ -40,9 +40,6 @@ struct LdfSource
     QString text() const;
 };
 
-/// Time that this thread has taken, so that what else the machine does counts little.
-double threadSeconds();
-
 /// Writes the bytes to a file of its own and loads that; nothing when it is refused.
 std::optional<LdfConfig> loadLdfBytes(const QByteArray &bytes, const QString &encoding = QStringLiteral("UTF-8"));
 inline std::optional<LdfConfig> loadLdf(const LdfSource &source)
