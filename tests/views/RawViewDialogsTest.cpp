@@ -11,8 +11,6 @@ using namespace tztest;
 
 namespace {
 
-std::unique_ptr<RawViewWindowFixture> fixture;
-
 void showOneFrame()
 {
     fixture->deliver({fixture->rx(1)});
@@ -51,24 +49,6 @@ public:
 };
 
 } // namespace
-
-void TestRawViewDialogs::twins()
-{
-    QTest::addColumn<int>("kind");
-    QTest::newRow("CAN") << int{TzVciViewKind::can};
-    QTest::newRow("LIN") << int{TzVciViewKind::lin};
-}
-
-void TestRawViewDialogs::init()
-{
-    QFETCH(int, kind);
-    fixture = std::make_unique<RawViewWindowFixture>(static_cast<std::uint8_t>(kind));
-}
-
-void TestRawViewDialogs::cleanup()
-{
-    fixture.reset();
-}
 
 void TestRawViewDialogs::clearOfAnEmptyViewDoesNotAsk()
 {
@@ -170,9 +150,8 @@ void TestRawViewDialogs::secondClickBeforeTheDialogShowsAsksNothing()
 // after the click is through.
 void TestRawViewDialogs::viewMayGoUnderADialogOfAButton()
 {
-    QFETCH(int, kind);
     for (const char *button : {"buttonDevices", "buttonClear"}) {
-        fixture = std::make_unique<RawViewWindowFixture>(static_cast<std::uint8_t>(kind));
+        init();
         showOneFrame();
         const ViewEnder ender;
         QTest::mouseClick(fixture->button(button), Qt::LeftButton);
@@ -183,9 +162,8 @@ void TestRawViewDialogs::viewMayGoUnderADialogOfAButton()
 
 void TestRawViewDialogs::viewMayGoUnderADialogOfTheContextMenu()
 {
-    QFETCH(int, kind);
     for (const char *text : {"Devices&&Channels Filter", "Clear"}) {
-        fixture = std::make_unique<RawViewWindowFixture>(static_cast<std::uint8_t>(kind));
+        init();
         showOneFrame();
         const ViewEnder ender;
         QMenu *menu = fixture->openContextMenu();

@@ -12,7 +12,6 @@ using namespace tztest;
 namespace {
 
 const QString path = QStringLiteral("run.asc");
-std::unique_ptr<RawViewWindowFixture> fixture;
 
 Common::LoggerWindow *recorder()
 {
@@ -44,24 +43,6 @@ QList<int> recordedIds()
 }
 
 } // namespace
-
-void TestRawViewRecording::twins()
-{
-    QTest::addColumn<int>("kind");
-    QTest::newRow("CAN") << int{TzVciViewKind::can};
-    QTest::newRow("LIN") << int{TzVciViewKind::lin};
-}
-
-void TestRawViewRecording::init()
-{
-    QFETCH(int, kind);
-    fixture = std::make_unique<RawViewWindowFixture>(static_cast<std::uint8_t>(kind));
-}
-
-void TestRawViewRecording::cleanup()
-{
-    fixture.reset();
-}
 
 void TestRawViewRecording::buttonShowsTheHiddenWindow()
 {

@@ -9,8 +9,6 @@ using namespace tztest;
 
 namespace {
 
-std::unique_ptr<RawViewWindowFixture> fixture;
-
 const QString csv = QStringLiteral("CSV Files (*.csv)");
 
 void showFrames()
@@ -72,23 +70,10 @@ QMenu *menuOnRow(int row)
 
 } // namespace
 
-void TestRawViewSnapshot::twins()
-{
-    QTest::addColumn<int>("kind");
-    QTest::newRow("CAN") << int{TzVciViewKind::can};
-    QTest::newRow("LIN") << int{TzVciViewKind::lin};
-}
-
 void TestRawViewSnapshot::init()
 {
-    QFETCH(int, kind);
-    fixture = std::make_unique<RawViewWindowFixture>(static_cast<std::uint8_t>(kind));
+    RawViewTwinTest::init();
     QGuiApplication::clipboard()->setText(QStringLiteral("untouched"));
-}
-
-void TestRawViewSnapshot::cleanup()
-{
-    fixture.reset();
 }
 
 void TestRawViewSnapshot::saveOffersAscInACanViewAlone()

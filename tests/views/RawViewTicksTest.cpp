@@ -16,8 +16,6 @@ using namespace tztest;
 
 namespace {
 
-std::unique_ptr<RawViewWindowFixture> fixture;
-
 /// Records what a view does when it is told to close.
 class ClosingView : public TzVciBaseViewWindow
 {
@@ -68,24 +66,6 @@ private:
 };
 
 } // namespace
-
-void TestRawViewTicks::twins()
-{
-    QTest::addColumn<int>("kind");
-    QTest::newRow("CAN") << int{TzVciViewKind::can};
-    QTest::newRow("LIN") << int{TzVciViewKind::lin};
-}
-
-void TestRawViewTicks::init()
-{
-    QFETCH(int, kind);
-    fixture = std::make_unique<RawViewWindowFixture>(static_cast<std::uint8_t>(kind));
-}
-
-void TestRawViewTicks::cleanup()
-{
-    fixture.reset();
-}
 
 void TestRawViewTicks::visibleRowsFollowTheScrollBar()
 {

@@ -9,8 +9,6 @@ using namespace tztest;
 
 namespace {
 
-std::unique_ptr<RawViewWindowFixture> fixture;
-
 QImage imageOf(const QIcon &icon)
 {
     return icon.pixmap(16, 16).toImage();
@@ -25,24 +23,6 @@ QImage resourceImage(const QString &name)
 }
 
 } // namespace
-
-void TestRawViewWindow::twins()
-{
-    QTest::addColumn<int>("kind");
-    QTest::newRow("CAN") << int{TzVciViewKind::can};
-    QTest::newRow("LIN") << int{TzVciViewKind::lin};
-}
-
-void TestRawViewWindow::init()
-{
-    QFETCH(int, kind);
-    fixture = std::make_unique<RawViewWindowFixture>(static_cast<std::uint8_t>(kind));
-}
-
-void TestRawViewWindow::cleanup()
-{
-    fixture.reset();
-}
 
 void TestRawViewWindow::toolRowHasItsTexts()
 {
