@@ -2,9 +2,8 @@
 #include "tests/logging/ui/TestLoggerWindow.h"
 
 #include "tests/logging/ui/LoggerWindowFixture.h"
+#include "tests/support/DocumentOpener.h"
 #include "tests/support/IconCompare.h"
-
-#include <QDesktopServices>
 
 #include <algorithm>
 
@@ -40,18 +39,6 @@ QStringList textsWithin(const QWidget *parent)
     texts.removeAll(QString()); // empty cells of the form
     return texts;
 }
-
-/// Stands in for the desktop's programs.
-class FileOpener : public QObject
-{
-    Q_OBJECT
-public:
-    FileOpener() { QDesktopServices::setUrlHandler(QStringLiteral("file"), this, "open"); }
-    ~FileOpener() override { QDesktopServices::unsetUrlHandler(QStringLiteral("file")); }
-    QStringList opened;
-public Q_SLOTS:
-    void open(const QUrl &url) { opened.append(QFileInfo(url.toLocalFile()).canonicalFilePath()); }
-};
 
 } // namespace
 
@@ -271,7 +258,7 @@ void TestLoggerWindow::browseOffersTheFormatsFilesFromHome()
 
 void TestLoggerWindow::openWarnsWithoutPathOrFile()
 {
-    const FileOpener opener;
+    const DocumentOpener opener;
     fixture->path()->clear();
     fixture->driver.expectBox(QMessageBox::Ok);
     fixture->click("buttonOpen");
@@ -287,18 +274,19 @@ void TestLoggerWindow::openWarnsWithoutPathOrFile()
     }
     QCOMPARE(seen[0].text, QStringLiteral("No log file path specified"));
     QCOMPARE(seen[1].text, QStringLiteral("File does not exist: logs/none.asc"));
-    QVERIFY(opener.opened.isEmpty());
+    QCOMPARE(opener.count(), 0);
 }
 
 void TestLoggerWindow::openShowsTheFileInTheDefaultProgram()
 {
-    const FileOpener opener;
+    const DocumentOpener opener;
     const QString name = QStringLiteral("a b.asc");
     QFile file(name);
     QVERIFY(file.open(QIODevice::WriteOnly));
     fixture->path()->setText(name);
     fixture->click("buttonOpen");
-    QCOMPARE(opener.opened, QStringList{QFileInfo(name).canonicalFilePath()});
+    QCOMPARE(opener.count(), 1);
+    QCOMPARE(opener.openedFile(), QFileInfo(name).canonicalFilePath());
 }
 
 void TestLoggerWindow::idleWindowClosesWithoutAsking()
@@ -325,5 +313,3 @@ void TestLoggerWindow::windowMayGoUnderItsDialogs()
         QVERIFY2(!QApplication::activeModalWidget(), button);
     }
 }
-
-#include "TestLoggerWindow.moc"
