@@ -11,8 +11,6 @@ using namespace tztest;
 
 namespace {
 
-std::unique_ptr<LoggerWindowFixture> fixture;
-
 template <typename T> const T &byFamily(const T &can, const T &lin)
 {
     return fixture->isLin ? lin : can;
@@ -41,26 +39,6 @@ QStringList textsWithin(const QWidget *parent)
 }
 
 } // namespace
-
-void TestLoggerWindow::twins()
-{
-    QTest::addColumn<bool>("lin");
-    QTest::newRow("CAN") << false;
-    QTest::newRow("LIN") << true;
-}
-
-void TestLoggerWindow::init()
-{
-    QFETCH(bool, lin);
-    fixture = std::make_unique<LoggerWindowFixture>(lin);
-}
-
-void TestLoggerWindow::cleanup()
-{
-    QVERIFY(fixture->driver.allMet());
-    QCOMPARE(fixture->driver.unexpected(), 0);
-    fixture.reset();
-}
 
 void TestLoggerWindow::windowIsFixedWithoutMaximize()
 {
