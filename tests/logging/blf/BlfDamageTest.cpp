@@ -31,21 +31,7 @@ std::vector<std::string> linesOfCutFrame(std::size_t stream)
                         rest)};
 }
 
-class BlfDamage : public BlfLogFixture
-{
-protected:
-    // Three frames, of which the second comes from @p second.
-    SeenObjects objectsWithSecond(const BlfBytes &second)
-    {
-        log.clear();
-        BlfTestWriter writer;
-        addFrame(writer, 0);
-        writer.addRaw(second);
-        addFrame(writer, 2);
-        return objectsOf(writer);
-    }
-    const SeenObjects firstAndThird{seenFrame(0), seenFrame(2)};
-};
+using BlfDamage = BlfLogFixture;
 
 TEST_F(BlfDamage, AFileCutAnywhereGivesTheFramesThatAreWhole)
 {

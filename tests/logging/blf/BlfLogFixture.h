@@ -82,6 +82,17 @@ protected:
         return objects;
     }
 
+    /// Those of a log of three frames, of which the second comes from @p second.
+    SeenObjects objectsWithSecond(const BlfBytes &second)
+    {
+        log.clear();
+        BlfTestWriter writer;
+        addFrame(writer, 0);
+        writer.addRaw(second);
+        addFrame(writer, 2);
+        return objectsOf(writer);
+    }
+
     bool opens(const BlfBytes &file) { return saveBytes(path, file) && reader.open(path); }
 
     /// The error lines, without the name in front of them.
@@ -101,6 +112,7 @@ protected:
     LogCapture log;
     const QString path = workDir.filePath(QStringLiteral("trace.blf"));
     BLF::BlfReader reader;
+    const SeenObjects firstAndThird{seenFrame(0), seenFrame(2)}; ///< what is left where a second frame was lost
 
 private:
     SeenObject next(const BLF::ObjectHeader &header)

@@ -11,21 +11,7 @@ namespace {
 constexpr std::size_t frameSize = 56;
 constexpr std::size_t fileHeaderSize = 144;
 
-class BlfObjectSizes : public BlfLogFixture
-{
-protected:
-    // Three frames, of which the second comes from @p second.
-    SeenObjects objectsWithSecond(const BlfBytes &second)
-    {
-        log.clear();
-        BlfTestWriter writer;
-        addFrame(writer, 0);
-        writer.addRaw(second);
-        addFrame(writer, 2);
-        return objectsOf(writer);
-    }
-    const SeenObjects firstAndThird{seenFrame(0), seenFrame(2)};
-};
+using BlfObjectSizes = BlfLogFixture;
 
 struct SizeCase
 {
