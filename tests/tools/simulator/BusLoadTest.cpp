@@ -10,15 +10,9 @@ using namespace std::chrono_literals;
 
 namespace {
 
-class SimulatorBusLoad : public SimulatorFixture
+class SimulatorBusLoad : public OneBoxFixture<2, 1>
 {
 protected:
-    void SetUp() override
-    {
-        box = &addBox(0, 2, 1);
-        start();
-        host = makeHost(*box);
-    }
     BoxFrame nextReport()
     {
         for (;;) {
@@ -33,9 +27,6 @@ protected:
             }
         }
     }
-
-    tzsim::Box *box = nullptr;
-    std::unique_ptr<HostSocket> host;
 };
 
 } // namespace

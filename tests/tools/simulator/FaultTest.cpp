@@ -14,19 +14,10 @@ namespace {
 
 const Bytes rate = hex("20 A1 07 00");
 
-class SimulatorFault : public SimulatorFixture
+class SimulatorFault : public OneBoxFixture<3, 1>
 {
 protected:
-    void SetUp() override
-    {
-        box = &addBox(0, 3, 1);
-        start();
-        host = makeHost(*box);
-    }
     void sendVersionRequest() { host->send(hostFrame(0x0F, 0x60, 0, 0, {1})); }
-
-    tzsim::Box *box = nullptr;
-    std::unique_ptr<HostSocket> host;
 };
 
 } // namespace

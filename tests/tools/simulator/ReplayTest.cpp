@@ -21,15 +21,9 @@ const CanFrame &can(const ReplayLog::Entry &entry)
     return std::get<CanFrame>(entry.frame);
 }
 
-class SimulatorReplay : public SimulatorFixture
+class SimulatorReplay : public OneBoxFixture<2, 1>
 {
 protected:
-    void SetUp() override
-    {
-        box = &addBox(0, 2, 1);
-        start();
-        host = makeHost(*box);
-    }
     std::filesystem::path writeLog(const std::string &text) const
     {
         const auto path = std::filesystem::path(dir.filePath("log.txt").toStdString());
@@ -38,8 +32,6 @@ protected:
     }
 
     tztest::TempWorkDir dir;
-    tzsim::Box *box = nullptr;
-    std::unique_ptr<HostSocket> host;
 };
 
 } // namespace

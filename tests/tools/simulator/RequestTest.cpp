@@ -12,23 +12,14 @@ using tzsim::DeviceStatus::unknownParameter;
 
 namespace {
 
-class SimulatorRequest : public SimulatorFixture
+class SimulatorRequest : public OneBoxFixture<2, 2>
 {
 protected:
-    void SetUp() override
-    {
-        box = &addBox(0, 2, 2);
-        start();
-        host = makeHost(*box);
-    }
     Bytes exchange(std::string_view text)
     {
         EXPECT_TRUE(host->send(hex(text)));
         return host->receiveBytes();
     }
-
-    tzsim::Box *box = nullptr;
-    std::unique_ptr<HostSocket> host;
 };
 
 } // namespace

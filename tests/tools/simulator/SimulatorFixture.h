@@ -81,4 +81,18 @@ protected:
     tzsim::Simulator simulator;
 };
 
+/// One box, running, and a host that is connected to it.
+template <int canChannels, int linChannels> class OneBoxFixture : public SimulatorFixture
+{
+protected:
+    void SetUp() override
+    {
+        start();
+        host = makeHost(*box);
+    }
+
+    tzsim::Box *const box = &addBox(0, canChannels, linChannels);
+    std::unique_ptr<HostSocket> host;
+};
+
 } // namespace tzsimtest
