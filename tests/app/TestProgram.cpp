@@ -40,6 +40,18 @@ public:
         return tztest::waitFor([&] { return log().contains(text) || m_process.state() == QProcess::NotRunning; }) &&
                log().contains(text);
     }
+    /// Whether the next line of its output is this one.
+    bool says(const char *line)
+    {
+        return tztest::waitFor([&] { return m_process.canReadLine(); }) && m_process.readLine().trimmed() == line;
+    }
+    /// Whether the signal ends it in time, and not as a failure.
+    bool endsCleanlyAfter(int signalNumber)
+    {
+        const auto id = static_cast<pid_t>(m_process.processId()); // 0 once it has ended
+        return id > 0 && ::kill(id, signalNumber) == 0 && m_process.waitForFinished(endLimitMs) &&
+               m_process.exitStatus() == QProcess::NormalExit && m_process.exitCode() == 0;
+    }
     QByteArray log() const { return file("logs/TZBench.log"); }
     QByteArray file(const char *path) const
     {
@@ -86,10 +98,7 @@ void TestProgram::asksForDevicesAtStart()
     QVERIFY2(program.logs("Scan to device 0"), program.log().constData());
     QVERIFY(program.log().contains("CAN channels=2, LIN channels=1"));
     QVERIFY(program.logs(dialogLine));
-    program.process().terminate();
-    QVERIFY(program.process().waitForFinished(endLimitMs));
-    QCOMPARE(program.process().exitStatus(), QProcess::NormalExit);
-    QCOMPARE(program.process().exitCode(), 0);
+    QVERIFY2(program.endsCleanlyAfter(SIGTERM), program.log().constData());
 }
 
 void TestProgram::loadsTheDatabasesOfTheLastRunAtStart()
@@ -107,9 +116,7 @@ void TestProgram::loadsTheDatabasesOfTheLastRunAtStart()
     QVERIFY(program.log().contains("DBC file no longer exists: gone.dbc"));
     QVERIFY(program.log().contains("LDF file no longer exists: gone.ldf"));
     QVERIFY(program.logs(dialogLine));
-    program.process().terminate();
-    QVERIFY(program.process().waitForFinished(endLimitMs));
-    QCOMPARE(program.process().exitCode(), 0);
+    QVERIFY2(program.endsCleanlyAfter(SIGTERM), program.log().constData());
 }
 
 void TestProgram::aSignalEndsItCleanly_data()
@@ -126,10 +133,7 @@ void TestProgram::aSignalEndsItCleanly()
     Program program;
     program.start();
     QVERIFY2(program.logs(dialogLine), program.log().constData());
-    ::kill(static_cast<pid_t>(program.process().processId()), signalNumber);
-    QVERIFY(program.process().waitForFinished(endLimitMs));
-    QCOMPARE(program.process().exitStatus(), QProcess::NormalExit);
-    QCOMPARE(program.process().exitCode(), 0);
+    QVERIFY2(program.endsCleanlyAfter(signalNumber), program.log().constData());
 }
 
 void TestProgram::aSignalDuringTheScanEndsItSoon()
@@ -139,10 +143,8 @@ void TestProgram::aSignalDuringTheScanEndsItSoon()
     QVERIFY2(program.logs(dialogLine), program.log().constData()); // the scan began just before and lasts 2 s
     QElapsedTimer timer;
     timer.start();
-    program.process().terminate();
-    QVERIFY(program.process().waitForFinished(endLimitMs));
+    QVERIFY2(program.endsCleanlyAfter(SIGTERM), program.log().constData());
     QVERIFY2(timer.elapsed() < soonMs, qPrintable(QString::number(timer.elapsed())));
-    QCOMPARE(program.process().exitStatus(), QProcess::NormalExit);
 }
 
 void TestProgram::aChannelOpenedUnderTheDialogIsClosedOnTheBoxAfterASignal()
@@ -152,13 +154,9 @@ void TestProgram::aChannelOpenedUnderTheDialogIsClosedOnTheBoxAfterASignal()
     QVERIFY(simulator.start());
     Program program;
     program.startRole(tztest::channelUnderDialogRole);
-    QVERIFY(tztest::waitFor([&] { return program.process().canReadLine(); }));
-    QCOMPARE(program.process().readLine().trimmed(), QByteArray(tztest::channelOpenLine));
+    QVERIFY(program.says(tztest::channelOpenLine));
     QCOMPARE(box.openChannels(), 1);
-    program.process().terminate();
-    QVERIFY(program.process().waitForFinished(endLimitMs));
-    QCOMPARE(program.process().exitStatus(), QProcess::NormalExit);
-    QCOMPARE(program.process().exitCode(), 0);
+    QVERIFY2(program.endsCleanlyAfter(SIGTERM), program.log().constData());
     QCOMPARE(box.openChannels(), 0);
 }
 
@@ -170,15 +168,11 @@ void TestProgram::aSignalDuringARecordingLeavesAWholeFile()
     QVERIFY(simulator.start());
     Program program;
     program.startRole(tztest::recordingRole);
-    QVERIFY(tztest::waitFor([&] { return program.process().canReadLine(); }));
-    QCOMPARE(program.process().readLine().trimmed(), QByteArray(tztest::recordingLine));
+    QVERIFY(program.says(tztest::recordingLine));
     box.startLoad({.framesPerSecond = 5000});
     const auto lines = [&] { return program.file(tztest::recordingPath).split('\n'); };
     QVERIFY(tztest::waitFor([&] { return lines().size() > 1000; }));
-    program.process().terminate();
-    QVERIFY(program.process().waitForFinished(endLimitMs));
-    QCOMPARE(program.process().exitStatus(), QProcess::NormalExit);
-    QCOMPARE(program.process().exitCode(), 0);
+    QVERIFY2(program.endsCleanlyAfter(SIGTERM), program.log().constData());
 
     QList<QByteArray> written = lines();
     QVERIFY(written.takeLast().isEmpty());
@@ -207,15 +201,11 @@ void TestProgram::aSignalDuringAConversionEndsItSoon()
     program.putFile(QString::fromLatin1(tztest::conversionInput),
                     QByteArray(reinterpret_cast<const char *>(file.data()), static_cast<int>(file.size())));
     program.startRole(tztest::conversionRole);
-    QVERIFY(tztest::waitFor([&] { return program.process().canReadLine(); }));
-    QCOMPARE(program.process().readLine().trimmed(), QByteArray(tztest::conversionLine));
+    QVERIFY(program.says(tztest::conversionLine));
     QElapsedTimer timer;
     timer.start();
-    program.process().terminate();
-    QVERIFY(program.process().waitForFinished(endLimitMs));
+    QVERIFY2(program.endsCleanlyAfter(SIGTERM), program.log().constData());
     QVERIFY2(timer.elapsed() < soonMs, qPrintable(QString::number(timer.elapsed())));
-    QCOMPARE(program.process().exitStatus(), QProcess::NormalExit);
-    QCOMPARE(program.process().exitCode(), 0);
     QVERIFY(program.file(tztest::conversionOutput).isEmpty());
 }
 
@@ -238,9 +228,7 @@ void TestProgram::withoutAnInterfaceItStarts()
     program.start({QStringLiteral("unshare"), QStringLiteral("-rn")});
     QVERIFY2(program.logs("No active IPv4 network interfaces found."), program.log().constData());
     QVERIFY(program.logs(dialogLine));
-    program.process().terminate();
-    QVERIFY(program.process().waitForFinished(endLimitMs));
-    QCOMPARE(program.process().exitCode(), 0);
+    QVERIFY2(program.endsCleanlyAfter(SIGTERM), program.log().constData());
 }
 
 void TestProgram::withoutADisplayTheToolkitTellsWhy()
