@@ -6,7 +6,6 @@
 #include "logging/ui/BLFConverterDialog.h"
 
 #include <QAbstractButton>
-#include <QApplication>
 #include <QLineEdit>
 #include <QMessageBox>
 
@@ -17,49 +16,35 @@ namespace {
 const char *const inputPath = "logs/drive.blf";
 const char *const outputPath = "logs/drive_processed.csv";
 
-BLFConverterDialog *converter()
-{
-    return qobject_cast<BLFConverterDialog *>(QApplication::activeModalWidget());
-}
-
 void enterPath(const char *edit, const char *path)
 {
-    converter()->findChild<QLineEdit *>(QLatin1String(edit))->setText(QLatin1String(path));
+    openDialog<BLFConverterDialog>()->findChild<QLineEdit *>(QLatin1String(edit))->setText(QLatin1String(path));
 }
 
 } // namespace
 
 void DemoDriver::addConverterSteps()
 {
-    m_script.add(
-        tr("open the BLF converter"), [] { return QApplication::activeModalWidget() == nullptr; },
-        [this] {
-            if (!QDir().mkpath(QStringLiteral("logs")) || !saveDemoBlfLog(QLatin1String(inputPath)))
-                std::fprintf(stderr, "demo: could not write %s\n", inputPath);
-            trigger("actionBLF_Converter");
-        });
-    m_script.add(
-        tr("convert a log"), [] { return converter() != nullptr; },
-        [] {
-            enterPath("lineEditInput", inputPath);
-            enterPath("lineEditOutput", outputPath);
-            converter()->findChild<QAbstractButton *>(QStringLiteral("buttonStart"))->click();
-        });
+    m_script.add(tr("open the BLF converter"), noDialogIsOpen, [this] {
+        if (!QDir().mkpath(QStringLiteral("logs")) || !saveDemoBlfLog(QLatin1String(inputPath)))
+            std::fprintf(stderr, "demo: could not write %s\n", inputPath);
+        trigger("actionBLF_Converter");
+    });
+    m_script.add(tr("convert a log"), isOpen<BLFConverterDialog>, [] {
+        enterPath("lineEditInput", inputPath);
+        enterPath("lineEditOutput", outputPath);
+        openDialog<BLFConverterDialog>()->findChild<QAbstractButton *>(QStringLiteral("buttonStart"))->click();
+    });
     m_script.add(
         tr("close the message of the converter"),
         [] {
-            const auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+            const auto *box = openDialog<QMessageBox>();
             return box && box->button(QMessageBox::Close);
         },
         [this] {
-            auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+            auto *box = openDialog<QMessageBox>();
             savePicture(box, QStringLiteral("blf-converted"));
             box->button(QMessageBox::Close)->click();
         });
-    m_script.add(
-        tr("close the BLF converter"), [] { return converter() != nullptr; },
-        [this] {
-            savePicture(converter(), QStringLiteral("blf-converter"));
-            converter()->close();
-        });
+    addClosingPicture<BLFConverterDialog>(tr("close the BLF converter"), QStringLiteral("blf-converter"));
 }

@@ -11,7 +11,6 @@
 
 #include <QAbstractButton>
 #include <QAction>
-#include <QApplication>
 #include <QCheckBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -30,11 +29,6 @@ namespace {
 
 constexpr int deviceIndex = 0;
 constexpr qulonglong framesWanted = 500;
-
-template <typename Dialog> Dialog *openDialog()
-{
-    return qobject_cast<Dialog *>(QApplication::activeModalWidget());
-}
 
 } // namespace
 
@@ -75,14 +69,10 @@ void DemoDriver::addSettingsSteps()
                    dialog->findChild<QListWidget *>()->count() >= 2;
         },
         [] { openDialog<TzVciConfigDialog>()->findChild<QListWidget *>()->setCurrentRow(deviceIndex); });
-    m_script.add(
-        tr("open the device"), [] { return openDialog<TzVciConfigDialog>() != nullptr; },
-        [this] {
-            savePicture(openDialog<TzVciConfigDialog>(), QStringLiteral("device-settings-closed"));
-            openDialog<TzVciConfigDialog>()
-                ->findChild<QAbstractButton *>(QStringLiteral("buttonToggleDevice"))
-                ->click();
-        });
+    m_script.add(tr("open the device"), isOpen<TzVciConfigDialog>, [this] {
+        savePicture(openDialog<TzVciConfigDialog>(), QStringLiteral("device-settings-closed"));
+        openDialog<TzVciConfigDialog>()->findChild<QAbstractButton *>(QStringLiteral("buttonToggleDevice"))->click();
+    });
     const auto deviceOpen = [this] { return m_store->isDeviceOpen(deviceIndex); };
     m_script.add(tr("open CAN1"), deviceOpen, [this] { clickChannel(QStringLiteral("CAN1")); });
     m_script.add(tr("open CAN2"), deviceOpen, [this] { clickChannel(QStringLiteral("CAN2")); });
@@ -101,14 +91,12 @@ void DemoDriver::addSettingsSteps()
 
 void DemoDriver::addViewSteps()
 {
-    m_script.add(
-        tr("open four views"), [] { return QApplication::activeModalWidget() == nullptr; },
-        [this] {
-            savePicture(m_window, QStringLiteral("main-window-start"));
-            trigger("actionNew_CAN_View");
-            trigger("actionNew_LIN_View");
-            arrangeViews();
-        });
+    m_script.add(tr("open four views"), noDialogIsOpen, [this] {
+        savePicture(m_window, QStringLiteral("main-window-start"));
+        trigger("actionNew_CAN_View");
+        trigger("actionNew_LIN_View");
+        arrangeViews();
+    });
     m_script.add(
         tr("wait for traffic"), [this] { return views().size() == 4 && everyViewCounted(framesWanted); },
         [this] { savePicture(m_window, QStringLiteral("main-window")); });
@@ -127,51 +115,32 @@ void DemoDriver::addDialogSteps()
     m_script.add(
         tr("open the channel filter"), [] { return true; },
         [this] { views().front()->findChild<QAbstractButton *>(QStringLiteral("buttonDevices"))->click(); });
-    m_script.add(
-        tr("close the channel filter"), [] { return openDialog<TzVciChannelSelectDialog>() != nullptr; },
-        [this] {
-            savePicture(openDialog<TzVciChannelSelectDialog>(), QStringLiteral("channel-filter"));
-            openDialog<TzVciChannelSelectDialog>()->close();
-        });
-    m_script.add(
-        tr("open the settings"), [] { return QApplication::activeModalWidget() == nullptr; },
-        [this] { trigger("actionDevice_Settings"); });
-    m_script.add(
-        tr("open the bit timing"), [] { return openDialog<TzVciConfigDialog>() != nullptr; },
-        [] {
-            for (auto *button : openDialog<TzVciConfigDialog>()->findChildren<QAbstractButton *>()) {
-                if (button->property("row").isValid() && button->text() == TzVciConfigDialog::tr("Configure")) {
-                    button->click();
-                    return;
-                }
+    addClosingPicture<TzVciChannelSelectDialog>(tr("close the channel filter"), QStringLiteral("channel-filter"));
+    m_script.add(tr("open the settings"), noDialogIsOpen, [this] { trigger("actionDevice_Settings"); });
+    m_script.add(tr("open the bit timing"), isOpen<TzVciConfigDialog>, [] {
+        for (auto *button : openDialog<TzVciConfigDialog>()->findChildren<QAbstractButton *>()) {
+            if (button->property("row").isValid() && button->text() == TzVciConfigDialog::tr("Configure")) {
+                button->click();
+                return;
             }
-        });
-    m_script.add(
-        tr("close the bit timing"), [] { return openDialog<TzVciCanConfigDialog>() != nullptr; },
-        [this] {
-            savePicture(openDialog<TzVciCanConfigDialog>(), QStringLiteral("bit-timing"));
-            openDialog<TzVciCanConfigDialog>()->close();
-        });
-    m_script.add(
-        tr("close the settings again"), [] { return openDialog<TzVciConfigDialog>() != nullptr; },
-        [] { openDialog<TzVciConfigDialog>()->close(); });
+        }
+    });
+    addClosingPicture<TzVciCanConfigDialog>(tr("close the bit timing"), QStringLiteral("bit-timing"));
+    m_script.add(tr("close the settings again"), isOpen<TzVciConfigDialog>,
+                 [] { openDialog<TzVciConfigDialog>()->close(); });
 }
 
 void DemoDriver::addClosingSteps()
 {
-    m_script.add(
-        tr("close the program"), [] { return QApplication::activeModalWidget() == nullptr; },
-        [this] {
-            printCounters();
-            m_succeeded = everyViewCounted(framesWanted);
-            m_window->close();
-        });
-    m_script.add(
-        tr("answer Yes"), [] { return openDialog<QMessageBox>() != nullptr; },
-        [this] {
-            savePicture(openDialog<QMessageBox>(), QStringLiteral("close-question"));
-            openDialog<QMessageBox>()->button(QMessageBox::Yes)->click();
-        });
+    m_script.add(tr("close the program"), noDialogIsOpen, [this] {
+        printCounters();
+        m_succeeded = everyViewCounted(framesWanted);
+        m_window->close();
+    });
+    m_script.add(tr("answer Yes"), isOpen<QMessageBox>, [this] {
+        savePicture(openDialog<QMessageBox>(), QStringLiteral("close-question"));
+        openDialog<QMessageBox>()->button(QMessageBox::Yes)->click();
+    });
 }
 
 void DemoDriver::clickChannel(const QString &name)

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "tools/demo/DemoScript.h"
+#include "tools/demo/OpenDialog.h"
 
 #include <QDir>
 #include <QObject>
@@ -44,6 +45,14 @@ private:
                         const std::function<void(TzVciBaseViewWindow *)> &prepare);
     void addContextMenuPicture();
     template <typename Dialog> void addDialogPicture(const char *action, const QString &name);
+    /// Takes a picture of that dialog as soon as it is open, and closes it.
+    template <typename Dialog> void addClosingPicture(const QString &step, const QString &name)
+    {
+        m_script.add(step, isOpen<Dialog>, [this, name] {
+            savePicture(openDialog<Dialog>(), name);
+            openDialog<Dialog>()->close();
+        });
+    }
     void addRecorderPicture(int index, const QString &name, const QString &path);
 
     void clickChannel(const QString &name);

@@ -9,8 +9,6 @@
 #include "vci/ui/TzVciBusLoadTable.h"
 #include "vci/ui/TzVciBusLoadView.h"
 
-#include <QApplication>
-
 namespace {
 
 // Both channels have carried frames for a whole measuring period.
@@ -24,9 +22,7 @@ bool showsLoad(const TzVciBusLoadTable &table)
 
 void DemoDriver::addToolSteps()
 {
-    m_script.add(
-        tr("open the bus load window"), [] { return QApplication::activeModalWidget() == nullptr; },
-        [this] { trigger("actionBusLoad_View"); });
+    m_script.add(tr("open the bus load window"), noDialogIsOpen, [this] { trigger("actionBusLoad_View"); });
     m_script.add(
         tr("close the bus load window"),
         [this] {
@@ -45,14 +41,6 @@ void DemoDriver::addToolSteps()
 
 template <typename Dialog> void DemoDriver::addDialogPicture(const char *action, const QString &name)
 {
-    const auto dialog = [] { return qobject_cast<Dialog *>(QApplication::activeModalWidget()); };
-    m_script.add(
-        tr("open %1").arg(name), [] { return QApplication::activeModalWidget() == nullptr; },
-        [this, action] { trigger(action); });
-    m_script.add(
-        tr("close %1").arg(name), [dialog] { return dialog() != nullptr; },
-        [this, dialog, name] {
-            savePicture(dialog(), name);
-            dialog()->close();
-        });
+    m_script.add(tr("open %1").arg(name), noDialogIsOpen, [this, action] { trigger(action); });
+    addClosingPicture<Dialog>(tr("close %1").arg(name), name);
 }

@@ -81,15 +81,13 @@ void DemoDriver::addViewPicture(int index, const QSize &size, const QString &nam
                                 const std::function<void(TzVciBaseViewWindow *)> &prepare)
 {
     const auto place = static_cast<std::size_t>(index);
-    m_script.add(
-        tr("show %1").arg(name), [] { return QApplication::activeModalWidget() == nullptr; },
-        [this, place, size, prepare] {
-            TzVciBaseViewWindow *view = views().at(place);
-            if (prepare)
-                prepare(view);
-            bringForward(view, size);
-            m_framesBefore = framesCounted(view);
-        });
+    m_script.add(tr("show %1").arg(name), noDialogIsOpen, [this, place, size, prepare] {
+        TzVciBaseViewWindow *view = views().at(place);
+        if (prepare)
+            prepare(view);
+        bringForward(view, size);
+        m_framesBefore = framesCounted(view);
+    });
     m_script.add(
         tr("take a picture of %1").arg(name),
         [this, place] { return framesCounted(views().at(place)) > m_framesBefore + freshFrames; },
@@ -132,9 +130,9 @@ void DemoDriver::addRecorderPicture(int index, const QString &name, const QStrin
         const auto *window = recorder(views().at(place));
         return window && window->isVisible();
     };
-    m_script.add(
-        tr("open the recorder for %1").arg(name), [] { return QApplication::activeModalWidget() == nullptr; },
-        [this, place] { views().at(place)->findChild<QAbstractButton *>(QStringLiteral("buttonRecord"))->click(); });
+    m_script.add(tr("open the recorder for %1").arg(name), noDialogIsOpen, [this, place] {
+        views().at(place)->findChild<QAbstractButton *>(QStringLiteral("buttonRecord"))->click();
+    });
     m_script.add(tr("start recording to %1").arg(path), isShown, [this, place, name, path, startStop] {
         auto *window = recorder(views().at(place));
         window->findChild<QLineEdit *>(QStringLiteral("lineEditPath"))->setText(path);
@@ -155,24 +153,11 @@ void DemoDriver::addRecorderPicture(int index, const QString &name, const QStrin
 
 void DemoDriver::addAddDeviceSteps()
 {
-    m_script.add(
-        tr("open the settings to add a device"), [] { return QApplication::activeModalWidget() == nullptr; },
-        [this] { trigger("actionDevice_Settings"); });
-    m_script.add(
-        tr("ask for a new device"),
-        [] { return qobject_cast<TzVciConfigDialog *>(QApplication::activeModalWidget()) != nullptr; },
-        [] {
-            QApplication::activeModalWidget()->findChild<QAbstractButton *>(QStringLiteral("buttonAddDevice"))->click();
-        });
-    m_script.add(
-        tr("close the question for a new device"),
-        [] { return qobject_cast<TzVciAddDeviceDialog *>(QApplication::activeModalWidget()) != nullptr; },
-        [this] {
-            savePicture(QApplication::activeModalWidget(), QStringLiteral("add-device"));
-            QApplication::activeModalWidget()->close();
-        });
-    m_script.add(
-        tr("close the settings without a new device"),
-        [] { return qobject_cast<TzVciConfigDialog *>(QApplication::activeModalWidget()) != nullptr; },
-        [] { QApplication::activeModalWidget()->close(); });
+    m_script.add(tr("open the settings to add a device"), noDialogIsOpen, [this] { trigger("actionDevice_Settings"); });
+    m_script.add(tr("ask for a new device"), isOpen<TzVciConfigDialog>, [] {
+        openDialog<TzVciConfigDialog>()->findChild<QAbstractButton *>(QStringLiteral("buttonAddDevice"))->click();
+    });
+    addClosingPicture<TzVciAddDeviceDialog>(tr("close the question for a new device"), QStringLiteral("add-device"));
+    m_script.add(tr("close the settings without a new device"), isOpen<TzVciConfigDialog>,
+                 [] { openDialog<TzVciConfigDialog>()->close(); });
 }
