@@ -44,8 +44,6 @@ Outcome takeValue(TextCursor &cursor, qsizetype blanks, QStringView &value)
 
 Outcome readDefinition(TextCursor &cursor, AttributeDefinition &definition)
 {
-    if (cursor.takeBlanks().isEmpty())
-        return Outcome::NotHere;
     definition.objectType = cursor.takeWord();
     if (!definition.objectType.isEmpty() && cursor.takeBlanks().isEmpty())
         return Outcome::NotHere;
@@ -62,8 +60,6 @@ Outcome readDefinition(TextCursor &cursor, AttributeDefinition &definition)
 
 Outcome readDefault(TextCursor &cursor, AttributeDefault &attribute)
 {
-    if (cursor.takeBlanks().isEmpty())
-        return Outcome::NotHere;
     qsizetype blanks = 0;
     const Outcome outcome = takeQuotedName(cursor, attribute.name, blanks);
     if (outcome != Outcome::Found)
@@ -127,8 +123,6 @@ Outcome takeObjectValue(TextCursor &cursor, AttributeValue &attribute)
 
 Outcome readValue(TextCursor &cursor, AttributeValue &attribute)
 {
-    if (cursor.takeBlanks().isEmpty())
-        return Outcome::NotHere;
     qsizetype blanks = 0;
     const Outcome outcome = takeQuotedName(cursor, attribute.name, blanks);
     if (outcome != Outcome::Found)
@@ -145,6 +139,7 @@ Outcome readValue(TextCursor &cursor, AttributeValue &attribute)
     return takeValue(cursor, blanks, attribute.value);
 }
 
+// The reader is called behind the keyword and the blanks that every one of these statements has there.
 template <typename Statement, typename Reader>
 std::optional<Statement> findStatement(QStringView text, qsizetype from, QStringView keyword, Reader reader)
 {
@@ -152,7 +147,7 @@ std::optional<Statement> findStatement(QStringView text, qsizetype from, QString
          found = Common::findLiteral(text, keyword, found + 1)) {
         TextCursor cursor(text, found + keyword.size());
         Statement statement;
-        const Outcome outcome = reader(cursor, statement);
+        const Outcome outcome = cursor.takeBlanks().isEmpty() ? Outcome::NotHere : reader(cursor, statement);
         if (outcome == Outcome::NoneLeft)
             return std::nullopt;
         if (outcome == Outcome::Found) {
