@@ -22,8 +22,7 @@ struct TzVciChannelTable::Family
     std::span<const TzVciBitRate> (*rates)() noexcept;
     QStringList headers;
     std::vector<int> widths; // in pixels; the last column stretches
-    QString (*type)(TzVciDeviceStore &store, int deviceIndex, int channelIndex);
-    void (*setType)(TzVciDeviceStore &store, int deviceIndex, int channelIndex, const QString &type);
+    TzVciSetting<QString> *(*type)(TzVciDeviceStore &store, int deviceIndex, int channelIndex);
 };
 
 namespace {
@@ -31,48 +30,33 @@ namespace {
 constexpr int channelRowHeight = 28; // pixels
 constexpr int cellMargin = 2;
 
-QString canType(TzVciDeviceStore &store, int deviceIndex, int channelIndex)
+// Null for a channel that the store does not know.
+template <auto configOf> TzVciSetting<QString> *typeOf(TzVciDeviceStore &store, int deviceIndex, int channelIndex)
 {
-    const auto *config = store.canChannelConfig(deviceIndex, channelIndex);
-    return config ? config->type.value() : QString();
-}
-
-void setCanType(TzVciDeviceStore &store, int deviceIndex, int channelIndex, const QString &type)
-{
-    if (auto *config = store.canChannelConfig(deviceIndex, channelIndex))
-        config->type = type;
-}
-
-QString linType(TzVciDeviceStore &store, int deviceIndex, int channelIndex)
-{
-    const auto *config = store.linChannelConfig(deviceIndex, channelIndex);
-    return config ? config->type.value() : QString();
-}
-
-void setLinType(TzVciDeviceStore &store, int deviceIndex, int channelIndex, const QString &type)
-{
-    if (auto *config = store.linChannelConfig(deviceIndex, channelIndex))
-        config->type = type;
+    auto *config = (store.*configOf)(deviceIndex, channelIndex);
+    return config ? &config->type : nullptr;
 }
 
 } // namespace
 
 const TzVciChannelTable::Family &TzVciChannelTable::familyOf(std::uint8_t protocol)
 {
-    static const Family can{QStringLiteral("CAN"),
-                            {QStringLiteral("CAN"), QStringLiteral("CANFD"), QStringLiteral("CANFDBRS")},
-                            &TzVciBitRates::canNominal,
-                            {tr("CH"), tr("Type"), tr("Baud"), tr("FD"), tr("Cfg")},
-                            {104, 124, 124, 124},
-                            &canType,
-                            &setCanType};
-    static const Family lin{QStringLiteral("LIN"),
-                            {QStringLiteral("Master"), QStringLiteral("Slave")},
-                            &TzVciBitRates::lin,
-                            {tr("CH"), tr("Type"), tr("Baud"), tr("LDF")},
-                            {104, 124, 124},
-                            &linType,
-                            &setLinType};
+    static const Family can{
+        .name = QStringLiteral("CAN"),
+        .types = {QStringLiteral("CAN"), QStringLiteral("CANFD"), QStringLiteral("CANFDBRS")},
+        .rates = &TzVciBitRates::canNominal,
+        .headers = {tr("CH"), tr("Type"), tr("Baud"), tr("FD"), tr("Cfg")},
+        .widths = {104, 124, 124, 124},
+        .type = &typeOf<&TzVciDeviceStore::canChannelConfig>,
+    };
+    static const Family lin{
+        .name = QStringLiteral("LIN"),
+        .types = {QStringLiteral("Master"), QStringLiteral("Slave")},
+        .rates = &TzVciBitRates::lin,
+        .headers = {tr("CH"), tr("Type"), tr("Baud"), tr("LDF")},
+        .widths = {104, 124, 124},
+        .type = &typeOf<&TzVciDeviceStore::linChannelConfig>,
+    };
     return protocol == TzVciProtocolId::lin ? lin : can;
 }
 
@@ -176,9 +160,11 @@ TzVciCellComboBox *TzVciChannelTable::makeTypeCombo(int row)
 {
     auto *combo = new TzVciCellComboBox;
     combo->addItems(m_family.types);
-    combo->setCurrentText(m_family.type(*m_store, m_deviceIndex, row));
-    connect(combo, &QComboBox::currentTextChanged, this, [this, row, device = m_deviceIndex](const QString &type) {
-        m_family.setType(*m_store, device, row, type);
+    if (const auto *type = m_family.type(*m_store, m_deviceIndex, row))
+        combo->setCurrentText(*type);
+    connect(combo, &QComboBox::currentTextChanged, this, [this, row, device = m_deviceIndex](const QString &text) {
+        if (auto *type = m_family.type(*m_store, device, row))
+            *type = text;
     });
     return combo;
 }
