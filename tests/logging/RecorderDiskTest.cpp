@@ -44,9 +44,7 @@ TYPED_TEST(RecorderDisk, AFullDiskLeavesWholeLinesInOrder)
 {
     TZ_RUN_IN_OWN_MOUNTS();
     this->mountDisk();
-    typename TestFixture::Logger logger(nullptr);
-    logger.setConfig(this->configOf("disk/run.csv"));
-    ASSERT_EQ(logger.start(), ok);
+    typename TestFixture::StartedLogger logger("disk/run.csv");
     this->overfill(logger);
     EXPECT_TRUE(logger.isRunning());
     logger.stop();
@@ -63,9 +61,7 @@ TYPED_TEST(RecorderDisk, AFullDiskLeavesAnAscFileWithItsClosingLine)
 {
     TZ_RUN_IN_OWN_MOUNTS();
     this->mountDisk();
-    typename TestFixture::Logger logger(nullptr);
-    logger.setConfig(this->configOf("disk/run.asc", 0));
-    ASSERT_EQ(logger.start(), ok);
+    typename TestFixture::StartedLogger logger("disk/run.asc", 0);
     this->overfill(logger);
     logger.stop();
     const std::string text = textOf("disk/run.asc");
@@ -111,9 +107,7 @@ TYPED_TEST(RecorderDisk, RecordingGoesOnInTheNextFileOnceThereIsRoom)
 {
     TZ_RUN_IN_OWN_MOUNTS();
     this->mountDisk();
-    typename TestFixture::Logger logger(nullptr);
-    logger.setConfig(this->configOf("disk/run.asc", 0));
-    ASSERT_EQ(logger.start(), ok);
+    typename TestFixture::StartedLogger logger("disk/run.asc", 0);
     this->overfill(logger);
     std::filesystem::copy("disk/run.asc", "first.asc");
     std::filesystem::remove("disk/run.asc"); // the room is free once the recorder closes the file
@@ -135,9 +129,7 @@ TYPED_TEST(RecorderDisk, AKeptFileThatCannotBeRemovedIsToldAndStaysWhole)
     writeText("run.1.csv", "in the way");
     writeText("busy", "held by the system");
     ASSERT_TRUE(tztest::bindMount("busy", "run.1.csv"));
-    typename TestFixture::Logger logger(nullptr);
-    logger.setConfig(this->configOf("run.csv"));
-    ASSERT_EQ(logger.start(), ok);
+    typename TestFixture::StartedLogger logger("run.csv");
     this->fillFile(logger);
     const std::string line = this->renameFailed("run.csv", "run.1.csv", std::errc::device_or_resource_busy);
     EXPECT_TRUE(tztest::waitFor([&] { return this->log.has(3, line); }));

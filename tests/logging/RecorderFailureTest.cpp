@@ -123,9 +123,7 @@ TYPED_TEST(RecorderFailure, AFileSystemThatKnowsNoLocksIsWrittenWithout)
 TYPED_TEST(RecorderFailure, ChineseCharactersAndBlanksInThePath)
 {
     const std::string path = "记录 文件夹/总线 测试 一.csv";
-    typename TestFixture::Logger logger(nullptr);
-    logger.setConfig(this->configOf(path));
-    ASSERT_EQ(logger.start(), ok);
+    typename TestFixture::StartedLogger logger(path);
     this->fillFile(logger);
     EXPECT_TRUE(tztest::waitFor([] { return std::filesystem::exists("记录 文件夹/总线 测试 一.1.csv"); }));
     logger.stop();
@@ -134,9 +132,7 @@ TYPED_TEST(RecorderFailure, ChineseCharactersAndBlanksInThePath)
 
 TYPED_TEST(RecorderFailure, AFailedReopenLeavesTheLoggerRunningAndTheKeptFileWhole)
 {
-    typename TestFixture::Logger logger(nullptr);
-    logger.setConfig(this->configOf("logs/run.csv"));
-    ASSERT_EQ(logger.start(), ok);
+    typename TestFixture::StartedLogger logger("logs/run.csv");
     this->loseFile(logger);
     EXPECT_TRUE(logger.isRunning());
     EXPECT_TRUE(logger.addMessage(numberedMessage<TypeParam>(1)));
@@ -150,9 +146,7 @@ TYPED_TEST(RecorderFailure, AFailedReopenLeavesTheLoggerRunningAndTheKeptFileWho
 
 TYPED_TEST(RecorderFailure, ARestartDiscardsWhatWaitedWithoutAFile)
 {
-    typename TestFixture::Logger logger(nullptr);
-    logger.setConfig(this->configOf("logs/run.csv"));
-    ASSERT_EQ(logger.start(), ok);
+    typename TestFixture::StartedLogger logger("logs/run.csv");
     this->loseFile(logger);
     logger.addMessages(numberedMessages<TypeParam>(500'000, 50'000));
     logger.stop();
@@ -167,9 +161,7 @@ TYPED_TEST(RecorderFailure, ARestartDiscardsWhatWaitedWithoutAFile)
 
 TYPED_TEST(RecorderFailure, WithoutAFileAHundredThousandFramesAreKeptAndTheDropIsToldOnce)
 {
-    typename TestFixture::Logger logger(nullptr);
-    logger.setConfig(this->configOf("logs/run.csv"));
-    ASSERT_EQ(logger.start(), ok);
+    typename TestFixture::StartedLogger logger("logs/run.csv");
     this->loseFile(logger);
     const auto messages = numberedMessages<TypeParam>(0, 100'000);
     const auto left = static_cast<std::size_t>(logger.waitingRecords()); // of those that filled the file
@@ -187,9 +179,7 @@ TYPED_TEST(RecorderFailure, WithoutAFileAHundredThousandFramesAreKeptAndTheDropI
 
 TYPED_TEST(RecorderFailure, FramesThatWaitWhenTheFileIsLostAreCutToTheLimit)
 {
-    typename TestFixture::Logger logger(nullptr);
-    logger.setConfig(this->configOf("logs/run.csv"));
-    ASSERT_EQ(logger.start(), ok);
+    typename TestFixture::StartedLogger logger("logs/run.csv");
     std::filesystem::rename("logs", "away");
     writeText("logs", "a file where the folder was");
     EXPECT_TRUE(logger.addMessages(numberedMessages<TypeParam>(0, 300'000))); // the first of which fill the file

@@ -99,6 +99,16 @@ protected:
         config.sizeLimitMb = sizeLimitMb;
         return config;
     }
+    /// Records to a file from its construction on, with device times as they are.
+    struct StartedLogger : Logger
+    {
+        explicit StartedLogger(const std::string &path, int format = 1)
+            : Logger(nullptr)
+        {
+            Logger::setConfig(configOf(path, format));
+            EXPECT_EQ(Logger::start(), Common::LoggerResult::ok);
+        }
+    };
     /// Hands frames over that fill a file of 1 MiB: two batches, so that the flush thread begins a new one.
     static void fillFile(Logger &logger) { EXPECT_TRUE(logger.addMessages(numberedMessages<Twin>(0, fillCount))); }
     static constexpr std::uint32_t fillCount = Twin::framesOfAFile;

@@ -89,9 +89,7 @@ TYPED_TEST(Recorder, ANewTimeReferenceMovesTheTimesUntilTheNextFile)
 
 TYPED_TEST(Recorder, AnAscFileEndsInTheClosingLine)
 {
-    typename TestFixture::Logger logger(nullptr);
-    logger.setConfig(this->configOf("run.asc", 0));
-    ASSERT_EQ(logger.start(), ok);
+    typename TestFixture::StartedLogger logger("run.asc", 0);
     logger.addMessage(numberedMessage<TypeParam>(7));
     logger.stop();
     const std::string text = textOf("run.asc");
@@ -103,9 +101,7 @@ TYPED_TEST(Recorder, AnAscFileEndsInTheClosingLine)
 
 TYPED_TEST(Recorder, WithoutAnyFrameTheFileHasHeaderAndEnd)
 {
-    typename TestFixture::Logger logger(nullptr);
-    logger.setConfig(this->configOf("run.asc", 0));
-    ASSERT_EQ(logger.start(), ok);
+    typename TestFixture::StartedLogger logger("run.asc", 0);
     EXPECT_THAT(textOf("run.asc"), testing::EndsWith("Begin TriggerBlock\n")); // there at once
     logger.stop();
     EXPECT_THAT(textOf("run.asc"), testing::EndsWith("Begin TriggerBlock\nEnd TriggerBlock\n"));
@@ -113,9 +109,7 @@ TYPED_TEST(Recorder, WithoutAnyFrameTheFileHasHeaderAndEnd)
 
 TYPED_TEST(Recorder, WritesWhileItRunsAndNothingComes)
 {
-    typename TestFixture::Logger logger(nullptr);
-    logger.setConfig(this->configOf("run.csv"));
-    ASSERT_EQ(logger.start(), ok);
+    typename TestFixture::StartedLogger logger("run.csv");
     logger.addMessage(numberedMessage<TypeParam>(1));
     EXPECT_TRUE(tztest::waitFor([] { return linesOfText(textOf("run.csv")).size() == 2; }));
     logger.stop();
@@ -151,9 +145,7 @@ TYPED_TEST(Recorder, WithoutAThreadItDoesNotStartAndLeavesAWholeFile)
 
 TYPED_TEST(Recorder, ASecondStartIsRefusedAndDisturbsNothing)
 {
-    typename TestFixture::Logger logger(nullptr);
-    logger.setConfig(this->configOf("run.csv"));
-    ASSERT_EQ(logger.start(), ok);
+    typename TestFixture::StartedLogger logger("run.csv");
     logger.addMessage(numberedMessage<TypeParam>(1));
     EXPECT_EQ(logger.start(), alreadyRunning);
     EXPECT_TRUE(this->log.has(3, TypeParam::alreadyRunning));
@@ -163,9 +155,7 @@ TYPED_TEST(Recorder, ASecondStartIsRefusedAndDisturbsNothing)
 
 TYPED_TEST(Recorder, TakesNoSettingsWhileRunning)
 {
-    typename TestFixture::Logger logger(nullptr);
-    logger.setConfig(this->configOf("run.csv"));
-    ASSERT_EQ(logger.start(), ok);
+    typename TestFixture::StartedLogger logger("run.csv");
     logger.setConfig(this->configOf("other.asc", 0));
     EXPECT_TRUE(this->log.has(3, TypeParam::configRefused));
     logger.addMessage(numberedMessage<TypeParam>(1));
@@ -218,9 +208,7 @@ TYPED_TEST(Recorder, ARestartEmptiesTheFileAndBeginsAtTimeZero)
 TYPED_TEST(Recorder, DestructionIsAStop)
 {
     {
-        typename TestFixture::Logger logger(nullptr);
-        logger.setConfig(this->configOf("run.asc", 0));
-        ASSERT_EQ(logger.start(), ok);
+        typename TestFixture::StartedLogger logger("run.asc", 0);
         logger.addMessages(numberedMessages<TypeParam>(0, 1000));
     }
     const std::string text = textOf("run.asc");
@@ -245,9 +233,7 @@ TYPED_TEST(Recorder, FramesKeepTheirOrderWhenAnotherThreadGoesOnDelivering)
 {
     constexpr std::uint32_t runs = 20;
     constexpr std::uint32_t perRun = 1000; // several blocks of the queue
-    typename TestFixture::Logger logger(nullptr);
-    logger.setConfig(this->configOf("run.csv"));
-    ASSERT_EQ(logger.start(), ok);
+    typename TestFixture::StartedLogger logger("run.csv");
     std::uint32_t next = 0;
     for (std::uint32_t run = 0; run < runs; ++run) {
         std::thread drain([&] { EXPECT_TRUE(logger.addMessages(numberedMessages<TypeParam>(next, perRun))); });

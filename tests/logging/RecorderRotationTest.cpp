@@ -29,9 +29,7 @@ using tztest::writeText;
 
 TYPED_TEST(RecorderRotation, KeepsFullFilesUnderNumbersAndLosesNothing)
 {
-    typename TestFixture::Logger logger(nullptr);
-    logger.setConfig(this->configOf("logs/run.csv"));
-    ASSERT_EQ(logger.start(), ok);
+    typename TestFixture::StartedLogger logger("logs/run.csv");
     this->rotate(logger, "logs/run.1.csv");
     this->rotate(logger, "logs/run.2.csv");
     logger.stop();
@@ -44,9 +42,7 @@ TYPED_TEST(RecorderRotation, KeepsFullFilesUnderNumbersAndLosesNothing)
 
 TYPED_TEST(RecorderRotation, EveryAscFileIsWhole)
 {
-    typename TestFixture::Logger logger(nullptr);
-    logger.setConfig(this->configOf("run.asc", 0));
-    ASSERT_EQ(logger.start(), ok);
+    typename TestFixture::StartedLogger logger("run.asc", 0);
     this->rotate(logger, "run.1.asc");
     logger.addMessages(numberedMessages<TypeParam>(0, 3));
     logger.stop();
@@ -99,9 +95,7 @@ TYPED_TEST(RecorderRotation, RemovesAnOlderFileOfTheSameNumber)
 {
     writeText("run.1.csv", "from an older recording");
     writeText("run.2.csv", "not reached");
-    typename TestFixture::Logger logger(nullptr);
-    logger.setConfig(this->configOf("run.csv"));
-    ASSERT_EQ(logger.start(), ok);
+    typename TestFixture::StartedLogger logger("run.csv");
     this->fillFile(logger);
     logger.stop();
     EXPECT_TRUE(textOf("run.1.csv").starts_with("Timestamp,"));
@@ -110,9 +104,7 @@ TYPED_TEST(RecorderRotation, RemovesAnOlderFileOfTheSameNumber)
 
 TYPED_TEST(RecorderRotation, NumbersRestartAtOneWithNewSettingsOnly)
 {
-    typename TestFixture::Logger logger(nullptr);
-    logger.setConfig(this->configOf("run.csv"));
-    ASSERT_EQ(logger.start(), ok);
+    typename TestFixture::StartedLogger logger("run.csv");
     this->rotate(logger, "run.1.csv");
     logger.stop();
     ASSERT_EQ(logger.start(), ok);
@@ -130,9 +122,7 @@ TYPED_TEST(RecorderRotation, NumbersRestartAtOneWithNewSettingsOnly)
 TYPED_TEST(RecorderRotation, AFolderInThePlaceOfTheKeptFileIsToldAndRecordingGoesOn)
 {
     std::filesystem::create_directories("run.1.csv/inside");
-    typename TestFixture::Logger logger(nullptr);
-    logger.setConfig(this->configOf("run.csv"));
-    ASSERT_EQ(logger.start(), ok);
+    typename TestFixture::StartedLogger logger("run.csv");
     this->fillFile(logger);
     const std::string line = this->renameFailed("run.csv", "run.1.csv", std::errc::is_a_directory);
     EXPECT_TRUE(tztest::waitFor([&] { return this->log.has(3, line); }));
@@ -146,9 +136,7 @@ TYPED_TEST(RecorderRotation, AFolderInThePlaceOfTheKeptFileIsToldAndRecordingGoe
 
 TYPED_TEST(RecorderRotation, AFileThatSomebodyRemovedIsBegunAnew)
 {
-    typename TestFixture::Logger logger(nullptr);
-    logger.setConfig(this->configOf("logs/run.csv"));
-    ASSERT_EQ(logger.start(), ok);
+    typename TestFixture::StartedLogger logger("logs/run.csv");
     std::filesystem::remove_all("logs");
     this->fillFile(logger);
     EXPECT_TRUE(tztest::waitFor([] { return std::filesystem::exists("logs/run.csv"); }));
@@ -164,9 +152,7 @@ TYPED_TEST(RecorderRotation, ALiveRecordingUnderTheKeptNameIsNotHarmed)
     other.setConfig(this->configOf("run.1.csv"));
     ASSERT_EQ(other.start(), ok);
     other.addMessages(numberedMessages<TypeParam>(0, 10));
-    typename TestFixture::Logger logger(nullptr);
-    logger.setConfig(this->configOf("run.csv"));
-    ASSERT_EQ(logger.start(), ok);
+    typename TestFixture::StartedLogger logger("run.csv");
     this->fillFile(logger);
     const std::string line = this->renameFailed("run.csv", "run.1.csv", std::errc::resource_unavailable_try_again);
     EXPECT_TRUE(tztest::waitFor([&] { return this->log.has(3, line); }));
@@ -184,9 +170,7 @@ TYPED_TEST(RecorderRotation, ALiveRecordingUnderTheKeptNameIsNotHarmed)
 // Somebody moved the file away, and its name belongs to another recording by now.
 TYPED_TEST(RecorderRotation, ALiveRecordingInThePlaceOfTheOwnFileIsNotHarmed)
 {
-    typename TestFixture::Logger logger(nullptr);
-    logger.setConfig(this->configOf("run.csv"));
-    ASSERT_EQ(logger.start(), ok);
+    typename TestFixture::StartedLogger logger("run.csv");
     std::filesystem::rename("run.csv", "moved.csv");
     typename TestFixture::Logger other(nullptr);
     other.setConfig(this->configOf("run.csv"));
@@ -206,9 +190,7 @@ TYPED_TEST(RecorderRotation, ALiveRecordingInThePlaceOfTheOwnFileIsNotHarmed)
 TYPED_TEST(RecorderRotation, AStrangeFileInThePlaceOfTheOwnOneIsKeptAndNotEmptied)
 {
     writeText("run.1.csv", "from an older recording");
-    typename TestFixture::Logger logger(nullptr);
-    logger.setConfig(this->configOf("run.csv"));
-    ASSERT_EQ(logger.start(), ok);
+    typename TestFixture::StartedLogger logger("run.csv");
     std::filesystem::rename("run.csv", "moved.csv");
     writeText("run.csv", "somebody's");
     this->fillFile(logger);
@@ -222,9 +204,7 @@ TYPED_TEST(RecorderRotation, AStrangeFileInThePlaceOfTheOwnOneIsKeptAndNotEmptie
 
 TYPED_TEST(RecorderRotation, AStrangeLinkInThePlaceOfTheOwnFileIsKeptAndNotFollowed)
 {
-    typename TestFixture::Logger logger(nullptr);
-    logger.setConfig(this->configOf("run.csv"));
-    ASSERT_EQ(logger.start(), ok);
+    typename TestFixture::StartedLogger logger("run.csv");
     std::filesystem::rename("run.csv", "moved.csv");
     writeText("target.csv", "somebody's");
     std::filesystem::create_symlink("target.csv", "run.csv");
@@ -267,9 +247,7 @@ TYPED_TEST(RecorderRotation, FramesOfThreadsThatTakeTurnsKeepTheirOrderOverTheBo
 {
     constexpr std::uint8_t producerCount = 4;
     constexpr std::uint32_t perProducer = 30'000;
-    typename TestFixture::Logger logger(nullptr);
-    logger.setConfig(this->configOf("run.csv"));
-    ASSERT_EQ(logger.start(), ok);
+    typename TestFixture::StartedLogger logger("run.csv");
     std::vector<std::thread> producers;
     std::mutex turn; // of those that deliver
     for (std::uint8_t producer = 0; producer < producerCount; ++producer) {
