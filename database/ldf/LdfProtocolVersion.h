@@ -35,6 +35,7 @@ constexpr bool isIso17987(LdfProtocolVersion version) noexcept
     return version >= LdfProtocolVersion::iso17987Year2015 && version <= LdfProtocolVersion::iso17987Year2017;
 }
 
-/// Finds the statement LIN_protocol_version in a prepared text (no block comments); unknown without one. A revision of
-/// a known family that is not in the list counts as the family's middle one, any other text as LIN 2.0.
+/// Finds the statement LIN_protocol_version in a prepared text (no block comments); unknown without one. A J2602
+/// revision that is not in the list counts as 2.1.0, any other text as LIN 2.0: also an edition of ISO 17987 that is
+/// not.
 LdfProtocolVersion detectLdfProtocolVersion(const QString &preparedText);
