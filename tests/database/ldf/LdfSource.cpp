@@ -5,7 +5,6 @@
 
 #include <QTemporaryFile>
 
-
 #include <stdexcept>
 
 namespace {

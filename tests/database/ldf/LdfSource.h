@@ -46,7 +46,3 @@ inline std::optional<LdfConfig> loadLdf(const LdfSource &source)
 {
     return loadLdfBytes(source.text().toUtf8());
 }
-inline std::optional<LdfConfig> loadLdf(const QString &text)
-{
-    return loadLdfBytes(text.toUtf8());
-}

@@ -14,7 +14,7 @@ LdfSource j2602Source(const char *nad = "0x61",
                       const char *more = "response_tolerance = 40 %;\n"
                                          "configurable_frames { Status1; CommandFrame; }",
                       const char *responseError = "Error1", const char *protocol = "\"J2602_3_1.0\"");
-/// The same for ISO 17987.
+/// The same for ISO 17987; without more attributes its slave is warned of.
 LdfSource isoSource(const char *attributes = "", const char *nad = "0x05", const char *responseError = "Error1");
 
 /// Has the parser read the description, which must be taken.
