@@ -36,6 +36,20 @@ TEST(LdfFrames, IdAndSizeAreCutToEightBits)
     EXPECT_EQ(config->frames.at(text("Numbered")).id, 8); // a leading zero makes it octal
 }
 
+TEST(LdfFrames, LargestOnesAreTaken)
+{
+    LdfSource source;
+    source.signalList += text("\nAll: 64, 0, Slave1, Master1;");
+    source.frames += text("\nLargest: 63, Slave1, 8 {\nAll, 0;\n}");
+    source.diagnosticSignals = text("Request: 64, 0;");
+    source.diagnosticFrames = text("MasterReq: 0x3C {\nRequest, 0;\n}");
+    const auto config = loadLdf(source);
+    ASSERT_TRUE(config);
+    EXPECT_EQ(config->frames.at(text("Largest")).id, 63);
+    EXPECT_EQ(config->frames.at(text("Largest")).signals.size(), 1U);
+    EXPECT_EQ(config->diagnosticFrames.at(text("MasterReq")).signals.size(), 1U);
+}
+
 TEST(LdfSchedules, PeriodsComeFromOrdinaryTables)
 {
     LdfSource source;

@@ -52,6 +52,21 @@ TEST(LdfIso17987, TimingOutOfRangeIsLoggedAndKept)
         2, "ISO17987 node Slave1 N_Cr_timeout 360000.5 ms out of range (0, 360000.0], using default (1000.0 ms)"));
 }
 
+TEST(LdfIso17987, LimitsOfTimingAndNadsAreTakenWithoutAWarning)
+{
+    tztest::LogCapture log;
+    for (const char *timing : {"P2_min = 0 ms; ST_min = 0 ms; N_As_timeout = 0.1 ms; N_Cr_timeout = 0.1 ms;",
+                               "P2_min = 100 ms; ST_min = 100 ms; N_As_timeout = 360000 ms; N_Cr_timeout = 360000 ms;"})
+        EXPECT_TRUE(loadLdf(isoSource(timing)));
+    for (const char *nad : {"1", "126"})
+        EXPECT_TRUE(loadLdf(isoSource(isoTiming, nad)));
+    EXPECT_EQ(log.countContaining(2, "out of range"), 0U);
+    EXPECT_EQ(log.countContaining(2, "outside recommended range"), 0U);
+    EXPECT_TRUE(loadLdf(isoSource(isoTiming, "0")));
+    EXPECT_TRUE(log.has(2, "Node Slave1 has NAD 0x00 outside recommended range [0x01, 0x7E]"));
+    EXPECT_TRUE(log.has(2, "Node Slave1 initial NAD 0x00 out of range [0x01, 0x7E]"));
+}
+
 TEST(LdfIso17987, MissingTimingAndFaultSignalsAreLogged)
 {
     tztest::LogCapture log;
@@ -132,6 +147,7 @@ TEST(LdfIso17987, DiagnosticTablesKeepTheirTimes)
     EXPECT_TRUE(parser.validateScheduleTable(diagnosticTable({{"MasterReq", 10.0}, {"SlaveResp", 60.0}})));
     EXPECT_TRUE(parser.hasAcceptedTable());
     EXPECT_EQ(parser.acceptedTables(), QStringList(QStringLiteral("Diag")));
+    EXPECT_TRUE(parser.validateScheduleTable(diagnosticTable({{"MasterReq", 1000.0}, {"SlaveResp", 1000.0}})));
 }
 
 TEST(LdfIso17987, PeriodsRiseToTheResponseTime)

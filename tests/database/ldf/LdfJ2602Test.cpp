@@ -4,7 +4,12 @@
 #include "tests/database/ldf/LdfStandardSource.h"
 #include "tests/support/LogCapture.h"
 
+#include <QByteArray>
+
 #include <gtest/gtest.h>
+
+#include <string>
+#include <utility>
 
 namespace {
 
@@ -113,6 +118,62 @@ TEST(LdfJ2602, IdentifiersOfSlaveFramesAreOnlyLogged)
     frame.id = 64;
     EXPECT_TRUE(parser.validateFrame(frame));
     EXPECT_TRUE(log.has(2, "J2602 master frame CommandFrame has ID 0x40 outside recommended range (<=0x3F)"));
+}
+
+std::size_t warningsOf(const LdfSource &source, const char *part)
+{
+    const tztest::LogCapture log;
+    EXPECT_TRUE(loadLdf(source));
+    return log.countContaining(2, part);
+}
+
+TEST(LdfJ2602, NadsFrom0x60To0x6FAreTakenWithoutAWarning)
+{
+    EXPECT_EQ(warningsOf(j2602Source("0x60"), "invalid NAD"), 0U);
+    EXPECT_EQ(warningsOf(j2602Source("0x6F"), "invalid NAD"), 0U);
+    EXPECT_EQ(warningsOf(j2602Source("0x5F"), "invalid NAD"), 1U);
+    EXPECT_EQ(warningsOf(j2602Source("0x70"), "invalid NAD"), 1U);
+}
+
+TEST(LdfJ2602, TolerancesAboveZeroUpToAHundredAreTakenWithoutAWarning)
+{
+    const auto source = [](const char *tolerance) {
+        const QByteArray attributes =
+            QByteArray("response_tolerance = ") + tolerance + " %; configurable_frames { Status1; }";
+        return j2602Source("0x61", attributes.constData());
+    };
+    for (const char *taken : {"0.1", "100"}) {
+        EXPECT_EQ(warningsOf(source(taken), "invalid response tolerance"), 0U) << taken;
+        EXPECT_EQ(warningsOf(source(taken), "outside recommended range"), 0U) << taken;
+    }
+    for (const char *warnedOf : {"0", "100.1"}) {
+        EXPECT_EQ(warningsOf(source(warnedOf), "invalid response tolerance"), 1U) << warnedOf;
+        EXPECT_EQ(warningsOf(source(warnedOf), "outside recommended range"), 1U) << warnedOf;
+    }
+}
+
+TEST(LdfJ2602, LimitsOfTheIdentifiersOfSlaveFrames)
+{
+    const auto source = [](const char *id) {
+        LdfSource changed = j2602Source();
+        changed.frames.replace(QStringLiteral("0x21"), QLatin1String(id));
+        return changed;
+    };
+    for (const char *taken : {"0x20", "0x2F", "0x38", "0x3B"})
+        EXPECT_EQ(warningsOf(source(taken), "outside recommended range"), 0U) << taken;
+    for (const char *warnedOf : {"0x01", "0x1F", "0x30", "0x37", "0x3C", "0x3F"})
+        EXPECT_EQ(warningsOf(source(warnedOf), "outside recommended range"), 1U) << warnedOf;
+}
+
+TEST(LdfJ2602, BroadcastFramesAreThoseOf56To59)
+{
+    for (const auto &[id, count] : {std::pair(55, 0), std::pair(56, 1), std::pair(59, 1), std::pair(60, 0)}) {
+        LdfSource source = j2602Source();
+        source.frames.replace(QStringLiteral("0x38"), QString::number(id));
+        const tztest::LogCapture log;
+        ASSERT_TRUE(loadLdf(source));
+        EXPECT_TRUE(log.has(1, "  Broadcast Frames: " + std::to_string(count))) << id;
+    }
 }
 
 TEST(LdfJ2602, FrameOfAnUnknownPublisherIsRefused)

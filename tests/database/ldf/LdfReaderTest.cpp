@@ -231,6 +231,20 @@ TEST(LdfSignals, LineOfBlanksAloneIsNoSignalWhileAnEmptyOneIsNothing)
     EXPECT_EQ(log.countContaining(2, "Invalid signal format"), 1U);
 }
 
+TEST(LdfSignals, SectionMayBeMissing)
+{
+    LdfSource source;
+    source.signalList.clear();
+    source.attributes = LdfSource::slaveAttributes("Slave1", "1", "") + LdfSource::slaveAttributes("Slave2", "2", "");
+    source.frames = text("Empty: 0x10, Master1, 1 {\n;\n}");
+    source.schedules = text("T {\nEmpty delay 5 ms;\n}");
+    tztest::LogCapture log;
+    const auto config = loadLdf(source);
+    ASSERT_TRUE(config);
+    EXPECT_TRUE(config->frames.at(text("Empty")).signals.empty());
+    EXPECT_EQ(log.count(1, "No signals section found"), 1U);
+}
+
 TEST(LdfSignals, EachFrameHasItsOwnCopyAndPlace)
 {
     LdfSource source;

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "database/ldf/LdfParser.h"
 #include "tests/database/ldf/LdfSource.h"
 #include "tests/support/LogCapture.h"
+
+#include <QTemporaryFile>
 
 #include <gtest/gtest.h>
 
@@ -105,5 +108,49 @@ INSTANTIATE_TEST_SUITE_P(
         RefusedCase{"InitTableWithAnUnknownFrame",
                     [](LdfSource &s) { s.schedules += text("\nInitTable {\nGhost delay 5 ms;\n}"); }, ""}),
     [](const auto &test) { return std::string(test.param.name); });
+
+/// A standard whose rules refuse one thing, told by a letter.
+class RefusingParser : public Common::LdfParser
+{
+public:
+    explicit RefusingParser(char refused)
+        : m_refused(refused)
+    {
+    }
+    bool parseProtocolConfig(const QString &, LdfNode &) override { return m_refused != 'p'; }
+    bool parseFrameConfig(const QString &, LdfFrame &) override { return m_refused != 'c'; }
+    bool validateNodeConfig(const LdfNode &node) override { return m_refused != node.name.front().toLatin1(); }
+    bool validateFrame(const LdfFrame &) override { return m_refused != 'f'; }
+    bool validateScheduleTable(const LdfScheduleTable &) override { return m_refused != 't'; }
+    bool updateFrameTiming(LdfFrame &) override { return m_refused != 'u'; }
+
+private:
+    char m_refused;
+};
+
+TEST(LdfRefusedByARule, TheWholeFileButForATiming)
+{
+    struct Case
+    {
+        char refused;
+        const char *line; ///< at error level; empty: none of its own
+    };
+    QTemporaryFile file;
+    ASSERT_TRUE(file.open());
+    file.write(LdfSource().text().toUtf8());
+    ASSERT_TRUE(file.flush());
+    for (const auto &[refused, line] :
+         {Case{'p', "Failed to parse protocol specific config for node Slave1"}, Case{'c', ""}, Case{'f', ""},
+          Case{'t', ""}, Case{'M', "Failed to validate master node"},
+          Case{'S', "Failed to validate slave node: Slave1"}}) {
+        tztest::LogCapture log;
+        EXPECT_FALSE(RefusingParser(refused).parseFile(file.fileName(), text("UTF-8"))) << refused;
+        EXPECT_EQ(log.countContaining(1, "LDF file parsed successfully"), 0U) << refused;
+        const std::size_t errorLines = *line == '\0' ? 0U : 1U;
+        EXPECT_EQ(log.countContaining(3, line), errorLines) << refused;
+    }
+    for (const char taken : {'u', '-'})
+        EXPECT_TRUE(RefusingParser(taken).parseFile(file.fileName(), text("UTF-8"))) << taken;
+}
 
 } // namespace
