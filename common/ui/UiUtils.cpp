@@ -24,9 +24,10 @@ namespace {
 
 constexpr int defaultIconSize = 16;
 
+// A comment keeps the lines in which it was written.
 const QString tooltipStyle = QStringLiteral(".label { font-weight: bold; }"
                                             ".indent { margin-left: 12px; }"
-                                            ".comment { color: #4d7a4d; }");
+                                            ".comment { color: #4d7a4d; white-space: pre-wrap; }");
 
 // Sets the marks of every occurrence; false if there is none.
 bool markOccurrences(const QString &text, const QString &keyword, std::vector<bool> &marks)

@@ -17,7 +17,7 @@ class UiUtils
     Q_DECLARE_TR_FUNCTIONS(Common::UiUtils)
 public:
     /// Rich text of a tool tip. A keyword that occurs in the text is emphasised there; every other entry is a line of
-    /// HTML that follows the text, with the classes label, indent and comment at its service.
+    /// HTML that follows the text, with the classes label, indent and comment, which keeps line ends, at its service.
     static QString formatToHtml(const QString &text, const QStringList &keywords);
     /// The encodings offered when a text file is imported, UTF-8 first; only those that the toolkit can decode.
     static QStringList getFileEncodings();

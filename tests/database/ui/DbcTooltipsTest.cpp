@@ -4,6 +4,8 @@
 #include "tests/database/dbc/DbcSamples.h"
 #include "tests/database/ui/TooltipBody.h"
 
+#include <QTextDocument>
+
 #include <gtest/gtest.h>
 
 using tztest::expectedBody;
@@ -21,6 +23,13 @@ DbcMessage makeLargeMessage(int signalCount, int attributeCount)
     for (int i = 1; i <= attributeCount; ++i)
         message.attributes.push_back({QString("A%1").arg(i), QString::number(i)});
     return message;
+}
+
+QStringList shownLines(const QString &html)
+{
+    QTextDocument document;
+    document.setHtml(html);
+    return document.toPlainText().split('\n');
 }
 
 } // namespace
@@ -153,6 +162,19 @@ TEST(DbcTooltips, ASignalsCommentIsCutToAHundredCharacters)
               std::string::npos);
     signal.comment = QString(100, '<'); // cut before it is escaped
     EXPECT_NE(tooltipBody(buildSignalTooltip(signal)).find("&lt;</span>"), std::string::npos);
+}
+
+TEST(DbcTooltips, ACommentShowsInTheLinesInWhichItWasWritten)
+{
+    const QString comment = "Gears:\n  1 to 8\n\n  0: none";
+    DbcMessage message = makeMessage(1, "Status");
+    message.comment = comment;
+    EXPECT_EQ(shownLines(buildMessageTooltip(message)), (QStringList{"Status", "Transmitter: Ecu", "Send Type: Cyclic",
+                                                                     "Comment: Gears:", "  1 to 8", "", "  0: none"}));
+    DbcSignal signal = makeSignal("Gear");
+    signal.comment = comment;
+    EXPECT_EQ(shownLines(buildSignalTooltip(signal)).mid(5),
+              (QStringList{"Comment: Gears:", "  1 to 8", "", "  0: none"}));
 }
 
 TEST(DbcTooltips, WhatAFileSaysIsPlainText)
