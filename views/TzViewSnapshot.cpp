@@ -71,5 +71,7 @@ bool TzViewSnapshot::save(const QAbstractItemModel &model, Format format, const 
         Common::logWarning("Could not write all of {}: {} of {} bytes are in the file", path.toStdString(), reached,
                            content.size());
     }
+    if (const auto error = file.close())
+        Common::logWarning("Could not write all of {}: {}", path.toStdString(), error.message());
     return true;
 }

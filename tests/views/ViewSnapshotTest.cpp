@@ -6,6 +6,7 @@
 #include "tests/support/FileSizeLimit.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/TempWorkDir.h"
+#include "tests/views/CloseFailure.h"
 #include "tests/views/SnapshotFrames.h"
 #include "vci/TzVciDeviceManager.h"
 #include "vci/TzVciDeviceStore.h"
@@ -17,6 +18,8 @@
 #include <QStandardItemModel>
 
 #include <gtest/gtest.h>
+
+#include <cerrno>
 
 using namespace tztest;
 using Format = TzViewSnapshot::Format;
@@ -218,6 +221,18 @@ TEST_F(ViewSnapshot, FullDiskIsLoggedAndNoFailure)
     }
     EXPECT_EQ(contents(QStringLiteral("full.csv")).size(), 20);
     EXPECT_EQ(log.countContaining(2, "Could not write all of full.csv: 20 of "), std::size_t{1});
+}
+
+TEST_F(ViewSnapshot, DiskThatTellsOnlyAtTheEndIsLoggedAndNoFailure)
+{
+    const LogCapture log;
+    show(m_can, snapshotCanFrames());
+    {
+        const tztest::CloseFailure lost(EIO);
+        EXPECT_TRUE(TzViewSnapshot::save(m_can, Format::Csv, QStringLiteral("lost.csv")));
+    }
+    EXPECT_EQ(contents(QStringLiteral("lost.csv")).toStdString(), text(m_can, Format::Csv));
+    EXPECT_TRUE(log.has(2, "Could not write all of lost.csv: Input/output error"));
 }
 
 TEST_F(ViewSnapshot, FileOfARunningRecordingIsRefusedAndLeftWhole)
