@@ -4,7 +4,10 @@
 #include "common/Log.h"
 #include "common/Utils.h"
 
+#include <QFile>
 #include <QSettings>
+
+#include <string>
 
 namespace Common {
 
@@ -22,6 +25,12 @@ const QString levelKey = QStringLiteral("log/level");
 const QString fileSizeKey = QStringLiteral("log/fileSizeMb");
 const QString maxFilesKey = QStringLiteral("log/maxFiles");
 const QString directoryKey = QStringLiteral("log/directory");
+
+// As the toolkit names the file: in the locale's encoding.
+std::string nameOf(const QString &path)
+{
+    return QFile::encodeName(path).toStdString();
+}
 
 void warnOfInvalid(const QSettings &settings, const QString &key)
 {
@@ -74,7 +83,7 @@ QString ConfigManager::getLogFilePath() const
 
 void ConfigManager::loadConfig()
 {
-    if (!Utils::fileExists(m_filePath.toStdString())) {
+    if (!Utils::fileExists(nameOf(m_filePath))) {
         logInfo("No settings file {}, using the defaults", m_filePath.toStdString());
         return;
     }
@@ -95,7 +104,7 @@ void ConfigManager::loadConfig()
 
 void ConfigManager::saveConfig()
 {
-    if (!Utils::ensureFilePath(m_filePath.toStdString())) {
+    if (!Utils::ensureFilePath(nameOf(m_filePath))) {
         logError("Failed to create the directory of the settings file {}", m_filePath.toStdString());
         return;
     }

@@ -149,7 +149,7 @@ std::optional<QJsonObject> TzVciConfigFile::read() const
 
 bool TzVciConfigFile::write(const QJsonObject &root) const
 {
-    if (!Common::Utils::ensureFilePath(m_path.toStdString())) {
+    if (!Common::Utils::ensureFilePath(QFile::encodeName(m_path).toStdString())) { // as the toolkit names the file
         Common::logError("Unable to save configuration file: Directory does not exist");
         return false;
     }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "common/ConfigManager.h"
 
+#include "tests/support/LocaleCodec.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/TempWorkDir.h"
 
@@ -63,6 +64,20 @@ TEST_F(Config, WhatIsSavedComesBack)
     EXPECT_EQ(loaded.logFileSizeMb, 255);
     EXPECT_EQ(loaded.maxLogFiles, 1);
     EXPECT_EQ(loaded.logDirectory, saved.logDirectory);
+}
+
+TEST_F(Config, AFolderWithChineseCharactersInEveryLocale)
+{
+    for (const char *name : {"UTF-8", "GB18030"}) {
+        const tztest::LocaleCodec codec(name);
+        const QString path = QStringLiteral("目录 一/tzbench.ini");
+        ConfigManager saved(path);
+        saved.logLevel = 3;
+        saved.saveConfig();
+        EXPECT_EQ(ConfigManager(path).logLevel, 3) << name;
+        EXPECT_EQ(QDir().entryList(QDir::Dirs | QDir::NoDotAndDotDot), QStringList("目录 一")) << name;
+        EXPECT_TRUE(QDir(QStringLiteral("目录 一")).removeRecursively()); // nobody else understands its name
+    }
 }
 
 TEST_F(Config, BothEndsOfAByteComeBack)

@@ -6,7 +6,6 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QString>
-#include <QTextCodec>
 
 #include <stdexcept>
 
@@ -27,22 +26,5 @@ inline QByteArray readFile(const QString &path)
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
-
-/// While it lives, the toolkit takes the locale's encoding, also that of file names, for this one.
-class LocaleCodec
-{
-public:
-    explicit LocaleCodec(const char *name)
-        : m_previous(QTextCodec::codecForLocale())
-    {
-        QTextCodec::setCodecForLocale(QTextCodec::codecForName(name));
-    }
-    ~LocaleCodec() { QTextCodec::setCodecForLocale(m_previous); }
-    LocaleCodec(const LocaleCodec &) = delete;
-    LocaleCodec &operator=(const LocaleCodec &) = delete;
-
-private:
-    QTextCodec *m_previous;
-};
 
 } // namespace tztest

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
+#include "tests/support/LocaleCodec.h"
 #include "tests/vci/DeviceStoreFileFixture.h"
 
 #include <unistd.h>
@@ -75,6 +76,19 @@ TEST_F(DeviceStoreFile, WhatWasSavedIsLoaded)
     EXPECT_EQ(again.canChannelConfig(4, 0)->fdBaudRate, 8000000U);
     EXPECT_EQ(again.canChannelConfig(4, 0)->nominalSeg1, 31); // segments are not saved
     EXPECT_EQ(again.linChannelConfig(4, 0)->type, QStringLiteral("Slave"));
+}
+
+TEST_F(DeviceStoreFile, FolderWithChineseCharactersInEveryLocale)
+{
+    const QJsonObject root{{"currentDeviceIndex", 0}};
+    for (const char *name : {"UTF-8", "GB18030"}) {
+        const LocaleCodec codec(name);
+        const TzVciConfigFile file(QStringLiteral("目录 一/vci_config.json"));
+        EXPECT_TRUE(file.write(root)) << name;
+        EXPECT_EQ(file.read(), root) << name;
+        EXPECT_EQ(QDir().entryList(QDir::Dirs | QDir::NoDotAndDotDot), QStringList("目录 一")) << name;
+        EXPECT_TRUE(QDir(QStringLiteral("目录 一")).removeRecursively()); // nobody else understands its name
+    }
 }
 
 TEST_F(DeviceStoreFile, MissingFileMeansDefaults)

@@ -3,6 +3,7 @@
 
 #include "tests/database/history/FakeFiles.h"
 #include "tests/support/FileSizeLimit.h"
+#include "tests/support/LocaleCodec.h"
 #include "tests/support/LogCapture.h"
 #include "tests/support/TempWorkDir.h"
 

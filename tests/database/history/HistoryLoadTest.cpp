@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tests/database/history/HistoryLoadFixture.h"
+#include "tests/support/LocaleCodec.h"
 
 #include <QDir>
 #include <QFileInfo>
