@@ -74,18 +74,23 @@ TEST_F(PeriodSenderTest, RepeatsAtItsPeriodWithoutDrift)
 {
     constexpr auto period = 5ms;
     const auto started = Clock::now();
+    const auto pointsUntil = [&](Clock::time_point moment) {
+        return static_cast<std::uint64_t>((moment - started) / period) + 1;
+    };
+    const auto pointsMet = [&] {
+        const auto statistics = sender.statistics();
+        return statistics.frames + statistics.skippedFrames;
+    };
     ASSERT_EQ(sender.addFrame(frame('a', 5)), PeriodSender::Ok);
-    ASSERT_TRUE(tztest::waitFor([&] { return Clock::now() - started > 2s; }));
+    // Every point of the grid was sent or is told as skipped: nothing is lost in between. A thread that the machine
+    // holds up meets its points later, and the last ones may be due at this very moment; what is lost never comes.
+    EXPECT_TRUE(tztest::waitFor([&] {
+        const auto now = Clock::now();
+        return now - started > 2s && pointsMet() + 2 >= pointsUntil(now);
+    }));
     sender.clear();
-    const auto ended = Clock::now();
-
-    // Every point of the grid was sent or is told as skipped: nothing is lost in between.
-    const auto statistics = sender.statistics();
-    const auto points = statistics.frames + statistics.skippedFrames;
-    const auto expected = static_cast<std::uint64_t>((ended - started) / period) + 1;
-    EXPECT_EQ(receiver.count('a'), statistics.frames);
-    EXPECT_GE(points + 1, expected - 1); // the last one may be due at this very moment
-    EXPECT_LE(points, expected);
+    EXPECT_EQ(receiver.count('a'), sender.statistics().frames);
+    EXPECT_LE(pointsMet(), pointsUntil(Clock::now()));
     // No send comes before its point, however many went before.
     const auto times = receiver.times('a');
     for (std::size_t i = 0; i < times.size(); ++i)
@@ -294,7 +299,8 @@ TEST_F(PeriodSenderTest, StallIsNotMadeUpByABurstAndIsTold)
     });
     ASSERT_EQ(sender.addFrame(frame('a', 1)), PeriodSender::Ok);
     ASSERT_TRUE(tztest::waitFor([&] { return sender.statistics().skippedFrames >= 48; }));
-    EXPECT_LE(sender.statistics().frames, 1U + static_cast<unsigned>(calls));
+    const auto framesBefore = sender.statistics().frames; // before the calls are counted: it goes on meanwhile
+    EXPECT_LE(framesBefore, 1U + static_cast<unsigned>(calls));
     EXPECT_GE(sender.statistics().maxLateness, 48ms);
     EXPECT_TRUE(tztest::waitFor(
         [&] { return log.countContaining(Common::LogLevel::warning, "sends skipped, their time had passed") > 0; }));
