@@ -180,12 +180,12 @@ TEST(RequestExchange, OneExchangeAtATimeEachWithItsOwnTime)
     Wire wire;
     std::jthread first([&] {
         TzVciProtocolData response;
-        EXPECT_EQ(wire.exchange.request(makeReadBaseTime(), response, 800), TzVciResult::requestTimedOut);
+        EXPECT_EQ(wire.exchange.request(makeReadBaseTime(), response, 1500), TzVciResult::requestTimedOut);
     });
     ASSERT_TRUE(wire.waitForCount(1));
-    const auto replier = wire.replyTo(2, replyWith(makeReadFirmwareVersion(), {1, 2, 3, 4}), 300ms);
+    const auto replier = wire.replyTo(2, replyWith(makeReadFirmwareVersion(), {1, 2, 3, 4}), 750ms);
     TzVciProtocolData response;
     const auto start = std::chrono::steady_clock::now();
-    EXPECT_EQ(wire.exchange.request(makeReadFirmwareVersion(), response, 1000), TzVciResult::ok);
-    EXPECT_GT(std::chrono::steady_clock::now() - start, 1000ms); // more than its own time, all in all
+    EXPECT_EQ(wire.exchange.request(makeReadFirmwareVersion(), response, 1500), TzVciResult::ok);
+    EXPECT_GT(std::chrono::steady_clock::now() - start, 1500ms); // more than its own time, all in all
 }
