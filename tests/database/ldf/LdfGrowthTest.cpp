@@ -45,6 +45,22 @@ double growth(double smallSeconds, const QByteArray &small, double largeSeconds,
     return largeSeconds / smallSeconds * static_cast<double>(small.size()) / static_cast<double>(large.size());
 }
 
+/// What else the machine does slows down one attempt or the other; a quadratic reader is slow in each.
+void expectLinearTime(const QByteArray &small, const QByteArray &large)
+{
+    constexpr int attempts = 3;
+    double smallSeconds = std::numeric_limits<double>::max();
+    double largeSeconds = std::numeric_limits<double>::max();
+    double grown = growthAllowed;
+    for (int attempt = 0; attempt < attempts && grown >= growthAllowed; ++attempt) {
+        largeSeconds = std::min(largeSeconds, secondsToLoad(large, 1));
+        smallSeconds = std::min(smallSeconds, secondsToLoad(small, 2));
+        grown = growth(smallSeconds, small, largeSeconds, large);
+    }
+    EXPECT_LT(largeSeconds, patienceSeconds);
+    EXPECT_LT(grown, growthAllowed);
+}
+
 /// A text of about @p size characters, made by @p piece for 0, 1, 2 and so on.
 QString series(int size, const std::function<QString(int index)> &piece)
 {
@@ -88,11 +104,7 @@ protected:
     /// @p make makes a file of about as many characters as it is told.
     static void expectLinear(const std::function<LdfSource(int size)> &make)
     {
-        const QByteArray small = make(megabyte / 4).text().toUtf8();
-        const QByteArray large = make(megabyte).text().toUtf8();
-        const double seconds = secondsToLoad(large, 1);
-        EXPECT_LT(seconds, patienceSeconds);
-        EXPECT_LT(growth(secondsToLoad(small, 2), small, seconds, large), growthAllowed);
+        expectLinearTime(make(megabyte / 4).text().toUtf8(), make(megabyte).text().toUtf8());
     }
 
 private:
@@ -118,10 +130,7 @@ QString longEncoding(int size)
 
 TEST_F(LdfGrowth, OfAnOrdinaryFileIsThatOfItsSize)
 {
-    const QByteArray small = withFrames(1'000).text().toUtf8();
-    const QByteArray large = withFrames(10'000).text().toUtf8();
-    const double smallSeconds = secondsToLoad(small, 10);
-    EXPECT_LT(growth(smallSeconds, small, secondsToLoad(large, 3), large), growthAllowed);
+    expectLinearTime(withFrames(1'000).text().toUtf8(), withFrames(10'000).text().toUtf8());
 }
 
 TEST_F(LdfGrowth, OneEncodingForTheSameSignalAgainAndAgain)
