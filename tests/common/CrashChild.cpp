@@ -235,7 +235,9 @@ Modes makeModes(char **arguments)
         {"quit-throws", [] { waitForSignal([] { throw std::runtime_error("no way"); }, shortLimit); }},
         {"quit-exits",
          [] {
-             waitForSignal([] { std::exit(7); }, shortLimit); // NOLINT(concurrency-mt-unsafe): the point of the test
+             // The limit is long: with a sanitizer an exit takes its time.
+             waitForSignal([] { std::exit(7); }, // NOLINT(concurrency-mt-unsafe): the point of the test
+                           CrashHandler::defaultTerminationLimit);
          }},
         {"quit-cleared",
          [] {
