@@ -19,6 +19,7 @@ using std::chrono::seconds;
 
 constexpr milliseconds leadTime{50};   // a line may be stamped a little before the fault is noted
 constexpr seconds judgedAfter{3};      // until then the causes of a line are known
+constexpr milliseconds together{100};  // a late drain leaves one line for each batch that it is behind
 constexpr std::size_t mostKept = 1000; // unexplained lines
 
 struct CompiledRule
@@ -156,7 +157,7 @@ void LogJudge::judge(const Line &line)
             return;
         }
         if (compiled.rule->oneUnseenIn.count() > 0) {
-            ++m_unseen[compiled.rule->name];
+            countUnseen(line, *compiled.rule);
             return;
         }
     }
@@ -174,6 +175,15 @@ bool LogJudge::isExplained(const Line &line, const LogRule &rule, int box) const
         return atWork && ofThisBox && longEnough &&
                std::find(rule.causes.begin(), rule.causes.end(), fault.cause) != rule.causes.end();
     });
+}
+
+void LogJudge::countUnseen(const Line &line, const LogRule &rule)
+{
+    const auto [since, isFirst] = m_unseenSince.try_emplace(rule.name, line.at);
+    if (!isFirst && line.at - since->second < together)
+        return;
+    since->second = line.at;
+    ++m_unseen[rule.name];
 }
 
 void LogJudge::forgetOldFaults()

@@ -40,7 +40,8 @@ public:
     void readAll();
 
     const std::vector<std::string> &unexplained() const { return m_unexplained; }
-    /// Number of the lines without a cause that may come all the same, by what they tell.
+    /// How often lines without a cause came that may come all the same, by what they tell; what comes together counts
+    /// once.
     const std::map<std::string, std::uint64_t> &unseen() const { return m_unseen; }
     /// Number of the lines explained, by what they tell.
     const std::map<std::string, std::uint64_t> &explained() const { return m_explained; }
@@ -68,6 +69,7 @@ private:
     void judgeUntil(Clock::time_point limit);
     void judge(const Line &line);
     bool isExplained(const Line &line, const LogRule &rule, int box) const;
+    void countUnseen(const Line &line, const LogRule &rule);
     void forgetOldFaults();
 
     std::ifstream m_file;
@@ -79,6 +81,7 @@ private:
     std::vector<std::string> m_unexplained;
     std::map<std::string, std::uint64_t> m_explained;
     std::map<std::string, std::uint64_t> m_unseen;
+    std::map<std::string, Clock::time_point> m_unseenSince; // the first line of what came together last
     std::array<std::uint64_t, boxCount> m_lostDatagrams{};
 };
 

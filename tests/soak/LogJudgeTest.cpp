@@ -153,6 +153,19 @@ TEST_F(SoakLogJudge, ADrainThatCatchesUpWithoutACauseIsCountedApart)
     EXPECT_EQ(judge.unseen().size(), 1U);
 }
 
+// Three batches that one late drain was behind, and another one later; a drain that never catches up is told anew.
+TEST_F(SoakLogJudge, LinesWithoutACauseThatComeTogetherCountOnce)
+{
+    for (const auto at : {5000ms, 5001ms, 5003ms, 9000ms})
+        warn(at, drainText);
+    EXPECT_TRUE(unexplained().empty());
+    EXPECT_EQ(judge.unseen().at("drain catches up"), 2U);
+    for (auto at = 10'000ms; at < 11'000ms; at += 10ms)
+        warn(at, drainText);
+    EXPECT_TRUE(unexplained().empty());
+    EXPECT_EQ(judge.unseen().at("drain catches up"), 2U + 10U);
+}
+
 TEST_F(SoakLogJudge, ALateReplyIsWaitedForLonger)
 {
     const std::string text = fmt::format("Request Device{} timed out after 500 ms", someBox);

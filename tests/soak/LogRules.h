@@ -45,8 +45,8 @@ struct LogRule
     std::vector<Cause> causes;
     std::chrono::milliseconds leastStandstill{0}; ///< a shorter one explains nothing
     std::chrono::milliseconds aftermath = longestAftermath;
-    /// One line in so long a time may have no cause that was seen: a single thread of the workbench or the boxes that
-    /// is kept from running leaves it too. 0: none may.
+    /// Once in so long a time lines of it may have no cause that was seen: a single thread of the workbench or the
+    /// boxes that is kept from running leaves them too. 0: none may.
     std::chrono::minutes oneUnseenIn{0};
 };
 const std::vector<LogRule> &logRules();
