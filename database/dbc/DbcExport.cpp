@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "database/dbc/DbcExport.h"
 
+#include "database/dbc/DbcIdentifier.h"
 #include "database/dbc/DbcMessage.h"
 #include "database/dbc/DbcSignal.h"
 
@@ -10,9 +11,6 @@
 #include <set>
 
 namespace {
-
-// As a number is shown: the mark of an extended identifier is no part of it.
-constexpr std::uint32_t identifierMask = 0x1FFFFFFF;
 
 struct Text
 {
@@ -43,7 +41,7 @@ bool validateMessagesForExport(const std::vector<DbcMessage> &messages, QString 
     for (const DbcMessage &message : messages) {
         if (!ids.insert(message.id).second) {
             outText = Text::tr("Duplicate message ID found: 0x%1")
-                          .arg(QString::number(message.id & identifierMask, 16).toUpper());
+                          .arg(QString::number(message.id & DbcIdentifier::mask, 16).toUpper());
             return false;
         }
         outText += repeatedSignalNames(message);

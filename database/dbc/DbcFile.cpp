@@ -2,14 +2,13 @@
 #include "database/dbc/DbcFile.h"
 
 #include "common/Log.h"
+#include "database/dbc/DbcIdentifier.h"
 #include "database/text/LogText.h"
 
 #include <bit>
 #include <utility>
 
 namespace {
-
-constexpr std::uint32_t identifierMask = 0x1FFFFFFF;
 
 std::uint32_t hashOf(QStringView name)
 {
@@ -114,7 +113,7 @@ const DbcFile::Identifier *DbcFile::identifierOf(std::uint32_t number) const
 {
     auto entry = m_identifiers.find(number);
     if (entry == m_identifiers.end())
-        entry = m_identifiers.find(number & identifierMask);
+        entry = m_identifiers.find(number & DbcIdentifier::mask);
     return entry == m_identifiers.end() ? nullptr : &entry->second;
 }
 
@@ -134,7 +133,7 @@ const DbcSignal *DbcFile::findSignal(std::uint32_t number, QStringView name) con
     const std::uint32_t hash = hashOf(name);
     const SignalSlot *slot = findSlot(number, name, hash);
     if (slot == nullptr)
-        slot = findSlot(number & identifierMask, name, hash);
+        slot = findSlot(number & DbcIdentifier::mask, name, hash);
     return slot == nullptr ? nullptr : &messageAt(slot->message).signals[slot->lastIndex];
 }
 

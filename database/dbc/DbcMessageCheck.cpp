@@ -3,6 +3,7 @@
 
 #include "common/Log.h"
 #include "database/dbc/DbcFile.h"
+#include "database/dbc/DbcIdentifier.h"
 #include "database/dbc/DbcNames.h"
 #include "database/text/LogText.h"
 
@@ -12,7 +13,6 @@ namespace DbcMessageCheck {
 
 namespace {
 
-constexpr std::uint32_t largestIdentifier = 0x1FFFFFFF;
 constexpr std::uint8_t largestSize = 64;
 constexpr std::uint32_t diagnosticFormat = 254; // identifier bits above 15
 
@@ -69,8 +69,8 @@ bool isValid(const DbcMessage &message, const DbcFile &file)
         message.name.startsWith(QLatin1String("DM")) || (message.isJ1939 && message.id >> 16 == diagnosticFormat);
     if (isDiagnostic)
         return isValidDiagnostic(message, file);
-    if (message.id > largestIdentifier) {
-        Common::logInfo("Message ID {} exceeds maximum value {}", message.id, largestIdentifier);
+    if (message.id > DbcIdentifier::largest) {
+        Common::logInfo("Message ID {} exceeds maximum value {}", message.id, DbcIdentifier::largest);
         return false;
     }
     if (message.name.isEmpty()) {

@@ -3,6 +3,7 @@
 
 #include "common/Log.h"
 #include "database/dbc/DbcFile.h"
+#include "database/dbc/DbcIdentifier.h"
 #include "database/dbc/DbcJ1939.h"
 #include "database/dbc/DbcMessageCheck.h"
 #include "database/dbc/DbcNames.h"
@@ -17,8 +18,6 @@ using Common::LogText;
 
 namespace {
 
-constexpr std::uint32_t extendedBit = 0x80000000;
-constexpr std::uint32_t identifierMask = 0x1FFFFFFF;
 constexpr std::uint8_t largestClassicSize = 8;
 
 } // namespace
@@ -65,8 +64,8 @@ bool DbcMessageReader::read(QStringView text)
 
 void DbcMessageReader::readOrdinary(const Statement &statement, DbcMessage &&message)
 {
-    message.isExtended = (statement.number & extendedBit) != 0;
-    message.id = statement.number & identifierMask;
+    message.isExtended = (statement.number & DbcIdentifier::extendedBit) != 0;
+    message.id = statement.number & DbcIdentifier::mask;
     message.isFd = message.size > largestClassicSize;
     if (!m_readSignals(statement.body, message)) {
         Common::logError("Failed to parse signals for message: {} ({})", LogText(message.name), statement.number);
@@ -90,6 +89,6 @@ bool DbcMessageReader::isKept(DbcMessage &message) const
 {
     // The mark of an extended identifier was cut off when the id was stored, so no message of a file passes here, and
     // none is classified: users rely on the checks below, which would be skipped otherwise, to drop what they drop.
-    const bool isClassified = (message.id & extendedBit) != 0 && DbcJ1939::classify(message, m_file);
+    const bool isClassified = (message.id & DbcIdentifier::extendedBit) != 0 && DbcJ1939::classify(message, m_file);
     return isClassified || DbcMessageCheck::isValid(message, m_file);
 }

@@ -3,6 +3,7 @@
 
 #include "common/Log.h"
 #include "database/dbc/DbcFile.h"
+#include "database/dbc/DbcIdentifier.h"
 #include "database/dbc/DbcNames.h"
 #include "database/dbc/DbcOverlapCheck.h"
 #include "database/dbc/DbcScan.h"
@@ -92,8 +93,7 @@ std::size_t roomFor(QStringView text)
 // The number of the message's statement, as far as the message has kept it.
 std::uint32_t numberOf(const DbcMessage &message)
 {
-    constexpr std::uint32_t extendedBit = 0x80000000;
-    return message.isExtended ? message.id | extendedBit : message.id;
+    return message.isExtended ? message.id | DbcIdentifier::extendedBit : message.id;
 }
 
 } // namespace
