@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "database/dbc/DbcSignalFields.h"
 
+#include "database/dbc/DbcRawRange.h"
 #include "database/dbc/DbcSharedTexts.h"
 #include "database/dbc/DbcSignal.h"
 #include "database/text/Numbers.h"
@@ -37,22 +38,13 @@ std::optional<Pair> twoParts(QStringView text, char16_t separator)
     return count == parts.size() ? std::optional(parts) : std::nullopt;
 }
 
-// What the raw value can be, scaled. Shift counts wrap at 64, so an unsigned 64-bit signal has the range of nothing but
-// its offset: users of such files rely on the range that has always been shown.
+// What the raw value can be, scaled.
 void deriveRange(DbcSignal &signal)
 {
-    constexpr unsigned shiftMask = 63;
-    if (signal.isSigned) {
-        const std::uint64_t power = std::uint64_t{1} << ((signal.size - 1U) & shiftMask);
-        const auto largest = static_cast<std::int64_t>(power - 1);
-        const auto smallest = static_cast<std::int64_t>(std::uint64_t{0} - power);
-        signal.maximum = static_cast<double>(largest) * signal.factor + signal.offset;
-        signal.minimum = static_cast<double>(smallest) * signal.factor + signal.offset;
-    } else {
-        const std::uint64_t largest = (std::uint64_t{1} << (signal.size & shiftMask)) - 1;
-        signal.maximum = static_cast<double>(largest) * signal.factor + signal.offset;
-        signal.minimum = signal.offset;
-    }
+    const DbcRawRange raw = rawRangeOf(signal);
+    signal.maximum = static_cast<double>(raw.largest) * signal.factor + signal.offset;
+    signal.minimum =
+        signal.isSigned ? static_cast<double>(raw.smallest) * signal.factor + signal.offset : signal.offset;
 }
 
 void applyRange(const std::optional<Pair> &range, DbcSignal &signal)

@@ -2,6 +2,7 @@
 #include "database/dbc/DbcStartValue.h"
 
 #include "common/Log.h"
+#include "database/dbc/DbcRawRange.h"
 #include "database/dbc/DbcSignal.h"
 #include "database/text/LogText.h"
 #include "database/text/Numbers.h"
@@ -15,23 +16,7 @@ namespace DbcStartValue {
 
 namespace {
 
-constexpr unsigned shiftMask = 63; // shift counts wrap at 64
 constexpr unsigned wordBits = 64;
-
-struct Bounds
-{
-    std::int64_t smallest = 0;
-    std::int64_t largest = 0;
-};
-
-// Of an unsigned 64-bit signal this leaves 0 alone, as the shift wraps.
-Bounds boundsOf(const DbcSignal &signal)
-{
-    if (!signal.isSigned)
-        return {0, static_cast<std::int64_t>((std::uint64_t{1} << (signal.size & shiftMask)) - 1)};
-    const std::uint64_t power = std::uint64_t{1} << ((signal.size - 1U) & shiftMask);
-    return {static_cast<std::int64_t>(std::uint64_t{0} - power), static_cast<std::int64_t>(power - 1)};
-}
 
 // Nothing for a number beyond 64 bits.
 std::optional<std::int64_t> truncated(double number)
@@ -57,15 +42,15 @@ void apply(QStringView text, DbcSignal &signal)
         Common::logWarning("Signal {} start value is not a valid number: {}", LogText(signal.name), LogText(text));
         return;
     }
-    const Bounds bounds = boundsOf(signal);
+    const DbcRawRange range = rawRangeOf(signal);
     const auto value = truncated(*number);
-    if (value && *value >= bounds.smallest && *value <= bounds.largest) {
+    if (value && *value >= range.smallest && *value <= range.largest) {
         signal.value = inBits(*value, signal.size);
         return;
     }
     const QString shown = value ? QString::number(*value) : text.toString();
     Common::logWarning("Signal {} start value {} exceeds valid range for bit width {} (allowed: {} ~ {})",
-                       LogText(signal.name), LogText(shown), signal.size, bounds.smallest, bounds.largest);
+                       LogText(signal.name), LogText(shown), signal.size, range.smallest, range.largest);
 }
 
 } // namespace DbcStartValue
