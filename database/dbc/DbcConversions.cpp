@@ -13,8 +13,6 @@ namespace {
 using Common::Utils;
 
 constexpr unsigned wholeSize = 64; // bits of a raw value
-constexpr std::uint8_t float32Type = 1;
-constexpr std::uint8_t float64Type = 2;
 
 static_assert(std::numeric_limits<float>::is_iec559 && std::numeric_limits<double>::is_iec559,
               "raw values of float signals are the bits of our own floats");
@@ -84,9 +82,9 @@ int writeRaw(std::uint8_t *data, unsigned char length, const DbcSignal &signal)
 
 double getSignalPhysicalValue(const DbcSignal &signal) noexcept
 {
-    if (signal.valueType == float32Type)
+    if (signal.valueType == DbcValueType::float32)
         return static_cast<double>(std::bit_cast<float>(static_cast<std::uint32_t>(signal.value)));
-    if (signal.valueType == float64Type)
+    if (signal.valueType == DbcValueType::float64)
         return std::bit_cast<double>(signal.value);
     const bool asSigned = signal.isSigned && (signal.size == wholeSize || isNegative(signal.value, signal.size));
     const double raw = asSigned
@@ -97,9 +95,9 @@ double getSignalPhysicalValue(const DbcSignal &signal) noexcept
 
 std::uint64_t physicalToRawValue(double physical, const DbcSignal &signal) noexcept
 {
-    if (signal.valueType == float32Type)
+    if (signal.valueType == DbcValueType::float32)
         return std::bit_cast<std::uint32_t>(static_cast<float>(physical));
-    if (signal.valueType == float64Type)
+    if (signal.valueType == DbcValueType::float64)
         return std::bit_cast<std::uint64_t>(physical);
     const double shifted = physical - signal.offset;
     const double number = std::round(signal.factor == 0.0 ? shifted : shifted / signal.factor);

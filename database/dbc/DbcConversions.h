@@ -17,7 +17,7 @@
 /// True where the raw value is the bit pattern of a float32 or a float64.
 inline bool isFloatSignal(const DbcSignal &signal) noexcept
 {
-    return signal.valueType == 1 || signal.valueType == 2;
+    return signal.valueType == DbcValueType::float32 || signal.valueType == DbcValueType::float64;
 }
 
 /// The number that the signal's raw value stands for, scaled; floats as they are. Allocates nothing.

@@ -10,11 +10,18 @@
 #include <cstdint>
 #include <vector>
 
+/// How the bits of a signal's raw value are to be read.
+namespace DbcValueType {
+inline constexpr std::uint8_t integer = 0;
+inline constexpr std::uint8_t float32 = 1;
+inline constexpr std::uint8_t float64 = 2;
+} // namespace DbcValueType
+
 /// One `SG_` line with what later statements say about it. A copyable value.
 struct DbcSignal
 {
     QString name;
-    std::uint8_t valueType = 0; ///< 0 integer, 1 float32, 2 float64; see isFloatSignal()
+    std::uint8_t valueType = DbcValueType::integer; ///< see isFloatSignal()
     bool isMultiplexor = false;
     bool isMultiplexed = false;
     std::int32_t multiplexValue = -1; ///< -1: none

@@ -70,9 +70,9 @@ void detectFloat(const std::optional<Pair> &range, DbcSignal &signal)
     if (!isPlain || !range || !(hasExponent((*range)[0]) || hasExponent((*range)[1])))
         return;
     if (signal.size == 32)
-        signal.valueType = 1;
+        signal.valueType = DbcValueType::float32;
     else if (signal.size == 64)
-        signal.valueType = 2;
+        signal.valueType = DbcValueType::float64;
 }
 
 } // namespace

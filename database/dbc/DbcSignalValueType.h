@@ -10,5 +10,5 @@ struct DbcSignalValueType
 {
     std::uint32_t messageId = 0; ///< as written, bit 31 included
     QString signalName;
-    std::uint16_t type = 0; ///< 0 integer, 1 float32, 2 float64
+    std::uint16_t type = 0; ///< a DbcValueType
 };

@@ -19,9 +19,6 @@ namespace DbcSignalValueTypeReader {
 
 namespace {
 
-constexpr std::uint16_t float32Type = 1;
-constexpr std::uint16_t float64Type = 2;
-
 void setSymmetricRange(DbcSignal &signal, double limit)
 {
     signal.minimum = -limit;
@@ -30,19 +27,19 @@ void setSymmetricRange(DbcSignal &signal, double limit)
 
 void apply(std::uint16_t type, DbcSignal &signal)
 {
-    if (type == float32Type && signal.size != 32) {
+    if (type == DbcValueType::float32 && signal.size != 32) {
         Common::logWarning("Float signal {} has non-standard size {} (expected 32)", LogText(signal.name), signal.size);
-    } else if (type == float64Type && signal.size != 64) {
+    } else if (type == DbcValueType::float64 && signal.size != 64) {
         Common::logWarning("Double signal {} has non-standard size {} (expected 64)", LogText(signal.name),
                            signal.size);
     }
-    if (type == float32Type || type == float64Type) {
+    if (type == DbcValueType::float32 || type == DbcValueType::float64) {
         signal.factor = 1.0;
         signal.offset = 0.0;
     }
-    if (type == float32Type && signal.size == 32)
+    if (type == DbcValueType::float32 && signal.size == 32)
         setSymmetricRange(signal, static_cast<double>(std::numeric_limits<float>::max()));
-    else if (type == float64Type && signal.size == 64)
+    else if (type == DbcValueType::float64 && signal.size == 64)
         setSymmetricRange(signal, std::numeric_limits<double>::max());
     Common::logDebug("Updated signal {} value type to {} with appropriate attributes", LogText(signal.name), type);
 }
@@ -73,7 +70,7 @@ void readStatement(const QString &statement, DbcFile &file)
 
 bool isValid(const DbcSignalValueType &record)
 {
-    if (record.type > float64Type) {
+    if (record.type > DbcValueType::float64) {
         Common::logError("Invalid signal value type {} for signal {} in message {}", record.type,
                          LogText(record.signalName), record.messageId);
         return false;
