@@ -20,6 +20,7 @@
 #include <QTimer>
 
 #include <cstdio>
+#include <functional>
 #include <string_view>
 #include <thread>
 #include <utility>
@@ -58,6 +59,28 @@ int hangOnClosing(int argc, char **argv)
     return application.run();
 }
 
+/// Plays the program from its start to its end. @param begin  what the role does before the event loop runs
+int play(int argc, char **argv, const std::function<void(TZBenchWindow &)> &begin)
+{
+    TzStartup::installCrashHandling();
+    TzStartup::prepareToolkit();
+    TzApplication application(argc, argv);
+    std::unique_ptr<TZBenchWindow> window;
+    const int result = TzStartup::runGuarded([&] {
+        window = TzStartup::showMainWindow(application);
+        begin(*window);
+        return application.run();
+    });
+    TzStartup::finish();
+    return result;
+}
+
+void tell(const char *line)
+{
+    std::puts(line);
+    std::fflush(stdout);
+}
+
 bool openChannel()
 {
     TzVciDeviceStore::instance().addDevice(0, TzVciDeviceConfig(2, 1));
@@ -68,22 +91,14 @@ bool openChannel()
 
 int openChannelUnderDialog(int argc, char **argv)
 {
-    TzStartup::installCrashHandling();
-    TzStartup::prepareToolkit();
-    TzApplication application(argc, argv);
-    std::unique_ptr<TZBenchWindow> window;
     bool opened = false;
-    const int result = TzStartup::runGuarded([&] {
-        window = TzStartup::showMainWindow(application);
-        QTimer::singleShot(0, &application, [&] { // the dialog's loop is the first that runs
+    const int result = play(argc, argv, [&](TZBenchWindow &window) {
+        QTimer::singleShot(0, qApp, [&] { // the dialog's loop is the first that runs
             opened = openChannel();
-            std::puts(opened ? channelOpenLine : "failed");
-            std::fflush(stdout);
+            tell(opened ? channelOpenLine : "failed");
         });
-        window->openFirstWindows();
-        return application.run();
+        window.openFirstWindows();
     });
-    TzStartup::finish();
     return opened ? result : openFailed;
 }
 
@@ -100,19 +115,11 @@ bool startRecording(TZBenchWindow &window)
 
 int record(int argc, char **argv)
 {
-    TzStartup::installCrashHandling();
-    TzStartup::prepareToolkit();
-    TzApplication application(argc, argv);
-    std::unique_ptr<TZBenchWindow> window;
     bool recording = false;
-    const int result = TzStartup::runGuarded([&] {
-        window = TzStartup::showMainWindow(application);
-        recording = startRecording(*window);
-        std::puts(recording ? recordingLine : "failed");
-        std::fflush(stdout);
-        return application.run();
+    const int result = play(argc, argv, [&](TZBenchWindow &window) {
+        recording = startRecording(window);
+        tell(recording ? recordingLine : "failed");
     });
-    TzStartup::finish();
     return recording ? result : openFailed;
 }
 
@@ -124,10 +131,8 @@ void convertSlowly(TZBenchWindow &window)
     dialog->findChild<QLineEdit *>(QStringLiteral("lineEditOutput"))->setText(QString::fromLatin1(conversionOutput));
     bool first = true;
     const auto delay = [&first] {
-        if (std::exchange(first, false)) {
-            std::puts(conversionLine);
-            std::fflush(stdout);
-        }
+        if (std::exchange(first, false))
+            tell(conversionLine);
         std::this_thread::sleep_for(std::chrono::microseconds(100));
     };
     QObject::connect(dialog->findChild<BLF::BLFParser *>(),
@@ -137,20 +142,12 @@ void convertSlowly(TZBenchWindow &window)
 
 int convert(int argc, char **argv)
 {
-    TzStartup::installCrashHandling();
-    TzStartup::prepareToolkit();
-    TzApplication application(argc, argv);
-    std::unique_ptr<TZBenchWindow> window;
-    const int result = TzStartup::runGuarded([&] {
-        window = TzStartup::showMainWindow(application);
-        QTimer::singleShot(0, window.get(), [&window] {
-            QTimer::singleShot(0, window.get(), [&window] { convertSlowly(*window); });
-            window->findChild<QAction *>(QStringLiteral("actionBLF_Converter"))->trigger();
+    return play(argc, argv, [](TZBenchWindow &window) {
+        QTimer::singleShot(0, &window, [&window] {
+            QTimer::singleShot(0, &window, [&window] { convertSlowly(window); });
+            window.findChild<QAction *>(QStringLiteral("actionBLF_Converter"))->trigger();
         });
-        return application.run();
     });
-    TzStartup::finish();
-    return result;
 }
 
 } // namespace
