@@ -19,19 +19,7 @@ constexpr double longestSpanSeconds = 1;
 constexpr double longestSpanSeconds = 20; // it need not be fast, it has to go on
 #endif
 
-class SimulatorTraffic : public SimulatorFixture
-{
-protected:
-    void SetUp() override
-    {
-        box = &addBox(0, 4, 2);
-        start();
-        host = makeHost(*box);
-    }
-
-    tzsim::Box *box = nullptr;
-    std::unique_ptr<HostSocket> host;
-};
+using SimulatorTraffic = OneBoxFixture<4, 2>;
 
 } // namespace
 
