@@ -19,6 +19,8 @@ struct FrameCounts
     {
         std::uint64_t can = 0;
         std::uint64_t lin = 0;
+
+        bool operator==(const OfBox &) const = default;
     };
     std::array<OfBox, boxCount> boxes{};
 

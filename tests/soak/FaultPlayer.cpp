@@ -7,6 +7,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 namespace tzsoak {
@@ -21,6 +22,8 @@ constexpr int lateByMs = 700; // beyond the time that a request waits
 constexpr milliseconds settleTime{250};
 constexpr milliseconds lossPoll{50};
 constexpr int farewellPolls = 40;
+constexpr milliseconds arrivalPoll{50};
+constexpr int mostArrivalPolls = 40;
 // A link notices that its box is gone by a datagram of its own: the keep-alive, at the latest after three seconds.
 constexpr int absenceLeastMs = 500;
 constexpr int absenceMostMs = 6000;
@@ -167,13 +170,13 @@ void FaultPlayer::playEmpty(int box)
     awaitLoss(box, 0, [this, box, fault] { reopen(box, fault); });
 }
 
-// The traffic ends a moment before the box does, so that what is under way arrives: the refusal that tells the host of
-// the loss would overtake it.
+// The traffic ends before the box does, so that what is under way arrives: the refusal that tells the host of the loss
+// would overtake it.
 void FaultPlayer::playVanish(int box)
 {
     const std::size_t fault = m_judge.begin(Cause::Vanish, box);
     tell(QStringLiteral("stop %1").arg(box));
-    later(settleTime, [this, box, fault] { vanishNow(box, fault); });
+    later(settleTime, [this, box, fault] { awaitArrival(box, 0, [this, box, fault] { vanishNow(box, fault); }); });
 }
 
 void FaultPlayer::vanishNow(int box, std::size_t fault)
@@ -219,6 +222,20 @@ void FaultPlayer::awaitLoss(int box, int polls, const std::function<void()> &the
             tell(QStringLiteral("empty %1").arg(box));
         awaitLoss(box, polls + 1, then);
     });
+}
+
+// On a busy machine the link may be behind by any time. What was lost never arrives: then it has had time enough.
+void FaultPlayer::awaitArrival(int box, int polls, const std::function<void()> &then)
+{
+    const std::optional<FrameCounts> sent = m_boxes.sent();
+    if (!sent)
+        fail(m_boxes.error().toStdString());
+    const FrameCounts received = m_workbench.ledger().counts();
+    const auto index = static_cast<std::size_t>(box);
+    if (!sent || polls == mostArrivalPolls || received.boxes[index] == sent->boxes[index])
+        then();
+    else
+        later(arrivalPoll, [this, box, polls, then] { awaitArrival(box, polls + 1, then); });
 }
 
 void FaultPlayer::finish(int box, std::size_t fault)

@@ -51,6 +51,7 @@ private:
     void returnOf(int box, std::size_t fault);
     void reopen(int box, std::size_t fault);
     void awaitLoss(int box, int polls, const std::function<void()> &then);
+    void awaitArrival(int box, int polls, const std::function<void()> &then);
     void finish(int box, std::size_t fault);
     void later(std::chrono::milliseconds delay, std::function<void()> what);
     void tell(const QString &command);
