@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "tests/soak/UserActions.h"
 
+#include "tests/logging/blf/BlfTestWriter.h"
 #include "tests/soak/FaultPlayer.h"
 #include "tests/soak/Recorder.h"
 #include "tests/soak/Workbench.h"
@@ -13,6 +14,7 @@
 #include <QApplication>
 #include <QComboBox>
 #include <QDialog>
+#include <QFile>
 #include <QLineEdit>
 #include <QMdiSubWindow>
 #include <QMessageBox>
@@ -29,6 +31,17 @@ namespace {
 
 constexpr std::size_t mostStoppedChannels = 4;
 constexpr std::array idFilters = {"", "100-10f", "!103", "300,301,30a", "100-10f,!105", "XYZ", "0-3f", "7e5"};
+
+constexpr auto logPath = "user.blf";
+constexpr int logFrames = 2000;
+
+bool writeLog()
+{
+    tztest::BlfTestWriter log({.level = 6});
+    for (std::uint32_t i = 0; i < logFrames; ++i)
+        log.add(tztest::CanMessageBody{.id = i}, {.timeStamp = std::uint64_t{1'000'000} * i});
+    return log.save(QLatin1String(logPath));
+}
 
 void click(const QWidget &window, const char *name)
 {
@@ -51,6 +64,8 @@ UserActions::UserActions(Workbench &workbench, const FaultPlayer &faults, std::v
 
 void UserActions::start()
 {
+    if (!writeLog())
+        fail("the log that the user converts cannot be written");
     m_running = true;
     m_timer.start(longestActionPause);
 }
@@ -73,7 +88,7 @@ int UserActions::between(int least, int most)
 
 void UserActions::actNext()
 {
-    static constexpr std::array<Action, 13> actions = {{
+    static constexpr std::array<Action, 14> actions = {{
         {10, &UserActions::pause},
         {8, &UserActions::fold},
         {8, &UserActions::toggleFilterBar},
@@ -87,6 +102,7 @@ void UserActions::actNext()
         {2, &UserActions::resizeWindow},
         {4, &UserActions::stopChannel},
         {6, &UserActions::startChannel},
+        {2, &UserActions::convertLog},
     }};
     if (!m_running)
         return;
@@ -254,6 +270,33 @@ bool UserActions::open(const Channel &channel)
 {
     return m_workbench.store().isChannelOpen(channel.box, channel.protocol, channel.channel) ||
            m_workbench.manager().openChannel(channel.box, channel.protocol, channel.channel) == TzVciResult::ok;
+}
+
+// The files stay: the converter has to ask about them the next time.
+void UserActions::convertLog()
+{
+    static constexpr std::array<TextForm, 2> forms = {{{"radioCsv", "user.csv", 1}, {"radioAsc", "user.asc", 7}}};
+    const TextForm &form = forms[static_cast<std::size_t>(between(0, std::ssize(forms) - 1))];
+    m_boxes.expectDialog([this, &form](QDialog *dialog) {
+        const auto convert = [this, &form, dialog] { convertIn(*dialog, form); };
+        QTimer::singleShot(0, dialog, convert); // not within the driver, which is to answer the boxes
+    });
+    m_workbench.window().findChild<QAction *>(QStringLiteral("actionBLF_Converter"))->trigger();
+    QFile text(QLatin1String(form.path));
+    if (!text.open(QIODevice::ReadOnly) || text.readAll().count('\n') != logFrames + form.linesAround)
+        fail(fmt::format("{} does not hold the frames of the log that was converted", form.path));
+}
+
+void UserActions::convertIn(QDialog &dialog, const TextForm &form)
+{
+    click(dialog, form.radio);
+    dialog.findChild<QLineEdit *>(QStringLiteral("lineEditInput"))->setText(QLatin1String(logPath));
+    dialog.findChild<QLineEdit *>(QStringLiteral("lineEditOutput"))->setText(QLatin1String(form.path));
+    if (QFile::exists(QLatin1String(form.path)))
+        m_boxes.expectBox(QMessageBox::Yes);
+    m_boxes.expectBox(QMessageBox::Close);
+    click(dialog, "buttonStart");
+    dialog.reject();
 }
 
 bool UserActions::restore()

@@ -13,6 +13,7 @@
 #include <utility>
 #include <vector>
 
+class QDialog;
 class TzRawViewWindow;
 
 namespace tzsoak {
@@ -22,7 +23,7 @@ class Recorder;
 class Workbench;
 
 /// A user who cannot leave the windows alone: presses their buttons, types filters, opens and closes views, stops and
-/// starts channels, at random. UI thread.
+/// starts channels, converts a log, at random. UI thread.
 class UserActions : public QObject
 {
     Q_OBJECT
@@ -46,6 +47,12 @@ private:
         int weight;
         void (UserActions::*act)();
     };
+    struct TextForm
+    {
+        const char *radio;
+        const char *path;
+        int linesAround; ///< that are no frames
+    };
     struct Channel
     {
         int box;
@@ -67,11 +74,13 @@ private:
     void resizeWindow();
     void stopChannel();
     void startChannel();
+    void convertLog();
 
     TzRawViewWindow *anyView();
     TzRawViewWindow *freeView();
     TzRawViewWindow *unrecordedView();
     bool open(const Channel &channel);
+    void convertIn(QDialog &dialog, const TextForm &form);
     int between(int least, int most);
     void fail(const std::string &text);
 
