@@ -1,13 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "common/ConfigManager.h"
 
+#include "common/LocalFileName.h"
 #include "common/Log.h"
 #include "common/Utils.h"
 
-#include <QFile>
 #include <QSettings>
-
-#include <string>
 
 namespace Common {
 
@@ -25,12 +23,6 @@ const QString levelKey = QStringLiteral("log/level");
 const QString fileSizeKey = QStringLiteral("log/fileSizeMb");
 const QString maxFilesKey = QStringLiteral("log/maxFiles");
 const QString directoryKey = QStringLiteral("log/directory");
-
-// As the toolkit names the file: in the locale's encoding.
-std::string nameOf(const QString &path)
-{
-    return QFile::encodeName(path).toStdString();
-}
 
 void warnOfInvalid(const QSettings &settings, const QString &key)
 {
@@ -83,7 +75,7 @@ QString ConfigManager::getLogFilePath() const
 
 void ConfigManager::loadConfig()
 {
-    if (!Utils::fileExists(nameOf(m_filePath))) {
+    if (!Utils::fileExists(localFileName(m_filePath))) {
         logInfo("No settings file {}, using the defaults", m_filePath.toStdString());
         return;
     }
@@ -104,7 +96,7 @@ void ConfigManager::loadConfig()
 
 void ConfigManager::saveConfig()
 {
-    if (!Utils::ensureFilePath(nameOf(m_filePath))) {
+    if (!Utils::ensureFilePath(localFileName(m_filePath))) {
         logError("Failed to create the directory of the settings file {}", m_filePath.toStdString());
         return;
     }

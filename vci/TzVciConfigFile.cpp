@@ -2,6 +2,7 @@
 #include "vci/TzVciConfigFile.h"
 
 #include "common/JsonFile.h"
+#include "common/LocalFileName.h"
 #include "common/Log.h"
 #include "common/Utils.h"
 #include "vci/TzVciDeviceConfig.h"
@@ -149,7 +150,7 @@ std::optional<QJsonObject> TzVciConfigFile::read() const
 
 bool TzVciConfigFile::write(const QJsonObject &root) const
 {
-    if (!Common::Utils::ensureFilePath(QFile::encodeName(m_path).toStdString())) { // as the toolkit names the file
+    if (!Common::Utils::ensureFilePath(Common::localFileName(m_path))) {
         Common::logError("Unable to save configuration file: Directory does not exist");
         return false;
     }

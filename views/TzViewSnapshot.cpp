@@ -4,10 +4,9 @@
 #include "views/TzViewAscText.h"
 #include "views/TzViewTextWriter.h"
 
+#include "common/LocalFileName.h"
 #include "common/Log.h"
 #include "common/platform/ExclusiveFile.h"
-
-#include <QFile>
 
 #include <string>
 
@@ -62,7 +61,7 @@ QString TzViewSnapshot::text(const QAbstractItemModel &model, Format format, con
 bool TzViewSnapshot::save(const QAbstractItemModel &model, Format format, const QString &path)
 {
     Common::platform::ExclusiveFile file; // so that the file of a running recording is not emptied under it
-    if (const auto error = file.open(QFile::encodeName(path).toStdString())) {
+    if (const auto error = file.open(Common::localFileName(path))) {
         Common::logWarning("Cannot open {} for writing: {}", path.toStdString(), error.message());
         return false;
     }

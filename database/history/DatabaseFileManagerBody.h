@@ -3,11 +3,10 @@
 
 // The functions of DatabaseFileManager, for the source that instantiates them.
 
+#include "common/LocalFileName.h"
 #include "common/Log.h"
 #include "common/Utils.h"
 #include "database/history/DatabaseFileManager.h"
-
-#include <QFile>
 
 #include <algorithm>
 #include <exception>
@@ -132,7 +131,7 @@ template <typename Traits> bool DatabaseFileManager<Traits>::takeInHand(FileHist
 
 template <typename Traits> bool DatabaseFileManager<Traits>::loadInHand(const FileHistory::File &file)
 {
-    if (!Common::Utils::fileExists(QFile::encodeName(file.filePath).toStdString()))
+    if (!Common::Utils::fileExists(Common::localFileName(file.filePath)))
         Common::logWarning(Traits::noLongerExists, file.filePath.toStdString());
     else if (loadFile(file.filePath, file.encoding, Caller::History))
         return true;

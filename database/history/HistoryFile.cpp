@@ -2,6 +2,7 @@
 #include "database/history/HistoryFile.h"
 
 #include "common/JsonFile.h"
+#include "common/LocalFileName.h"
 #include "common/Log.h"
 #include "common/Utils.h"
 
@@ -12,7 +13,6 @@
 #include <QJsonObject>
 
 #include <filesystem>
-#include <string>
 #include <system_error>
 #include <utility>
 
@@ -24,12 +24,6 @@ constexpr qint64 maxFileBytes = 16 * 1024 * 1024;
 const QLatin1String versionKey("version");
 const QLatin1String filePathKey("filePath");
 const QLatin1String customFileMapKey("customFileMap");
-
-// As the toolkit's files name it: in the locale's encoding.
-std::string nameOf(const QString &path)
-{
-    return QFile::encodeName(path).toStdString();
-}
 
 } // namespace
 
@@ -80,7 +74,7 @@ bool HistoryFile::setAside() const
         return true; // nothing that the user could have written
     const QString keptPath = m_path + QStringLiteral(".bak");
     std::error_code error;
-    std::filesystem::rename(nameOf(m_path), nameOf(keptPath), error);
+    std::filesystem::rename(Common::localFileName(m_path), Common::localFileName(keptPath), error);
     if (error) {
         Common::logError("Failed to keep the unusable history file {} as {}: {}", m_path.toStdString(),
                          keptPath.toStdString(), error.message());
@@ -92,7 +86,7 @@ bool HistoryFile::setAside() const
 
 bool HistoryFile::write(const FileHistory &history) const
 {
-    if (!Common::Utils::ensureFilePath(nameOf(m_path))) {
+    if (!Common::Utils::ensureFilePath(Common::localFileName(m_path))) {
         Common::logError("Failed to create config directory");
         return false;
     }

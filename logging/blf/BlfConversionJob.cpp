@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "logging/blf/BlfConversionJob.h"
 
+#include "common/LocalFileName.h"
+
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
 #include <QUrl>
 
@@ -81,11 +82,8 @@ bool BlfConversionJob::hasInputFile() const
 // Also by another name of the same file. The log would be lost: nothing makes it of its text again.
 bool BlfConversionJob::writesOverInput() const
 {
-    const auto nativePath = [](const QString &path) {
-        return std::filesystem::path(QFile::encodeName(path).toStdString());
-    };
     std::error_code error; // there is no output yet
-    return std::filesystem::equivalent(nativePath(inputPath), nativePath(outputPath), error);
+    return std::filesystem::equivalent(Common::localFileName(inputPath), Common::localFileName(outputPath), error);
 }
 
 } // namespace BLF

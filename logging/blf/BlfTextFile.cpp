@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "logging/blf/BlfTextFile.h"
 
+#include "common/LocalFileName.h"
 #include "common/Log.h"
 #include "common/platform/ExclusiveFile.h"
 #include "logging/LineBuffer.h"
 #include "logging/blf/BlfPulse.h"
-
-#include <QFile>
 
 namespace BLF {
 
@@ -73,7 +72,7 @@ bool saveRecords(const QString &path, const BlfFrames &frames, const BlfLineForm
     if (frames.empty())
         return false;
     Common::platform::ExclusiveFile file; // so that the file of a running recording is not emptied under it
-    if (const auto error = file.open(QFile::encodeName(path).toStdString())) {
+    if (const auto error = file.open(Common::localFileName(path))) {
         Common::logError("Cannot open {} for writing: {}", path.toStdString(), error.message());
         return false;
     }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: GPL-3.0-or-later
 #include "logging/ui/LoggerWindow.h"
 
+#include "common/LocalFileName.h"
 #include "common/Log.h"
 #include "common/ui/PlainMessageBox.h"
 #include "common/ui/UiUtils.h"
@@ -10,7 +11,6 @@
 #include <QCloseEvent>
 #include <QComboBox>
 #include <QDir>
-#include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QGroupBox>
@@ -50,9 +50,8 @@ void LoggerWindow::startRecording()
         return;
     }
     // While it records, the recorder refuses both by itself and goes on.
-    configureLogger({.filePath = QFile::encodeName(path).toStdString(),
-                     .format = m_formatCombo->currentIndex(),
-                     .sizeLimitMb = m_sizeSpin->value()});
+    configureLogger(
+        {.filePath = localFileName(path), .format = m_formatCombo->currentIndex(), .sizeLimitMb = m_sizeSpin->value()});
     const int result = logger().start();
     if (result != LoggerResult::ok) {
         tell(QMessageBox::Critical, tr("Recording Failed"),
