@@ -26,7 +26,6 @@ public:
 
     /// Writes the file whole, in UTF-8, over one that is there, unless a recorder writes to that.
     /// @return whether it could be opened; that it could not be written in full, as on a full disk, is only logged,
-    /// also
-    ///         where a file system tells that as late as when the file is closed
+    ///         also where a file system tells that as late as when the file is closed
     static bool save(const QAbstractItemModel &model, Format format, const QString &path);
 };

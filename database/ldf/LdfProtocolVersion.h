@@ -36,6 +36,5 @@ constexpr bool isIso17987(LdfProtocolVersion version) noexcept
 }
 
 /// Finds the statement LIN_protocol_version in a prepared text (no block comments); unknown without one. A J2602
-/// revision that is not in the list counts as 2.1.0, any other text as LIN 2.0: also an edition of ISO 17987 that is
-/// not.
+/// revision that is not in the list counts as 2.1.0; any other text, an unlisted edition of ISO 17987 too, as LIN 2.0.
 LdfProtocolVersion detectLdfProtocolVersion(const QString &preparedText);
